@@ -1,0 +1,11 @@
+#include "base/Clock.h"
+
+#include <QDateTime>
+
+namespace quarl {
+
+qint64 SystemClock::NowMs() const {
+  return QDateTime::currentMSecsSinceEpoch();
+}
+
+}  // namespace quarl

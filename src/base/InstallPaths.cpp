@@ -1,0 +1,56 @@
+#include "base/InstallPaths.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+namespace quarl {
+namespace {
+
+QString EntryOf(const QString& folder, const QString& part) {
+  if (part == QLatin1String(".") || part == QLatin1String("..")) return part;
+  if (QFileInfo::exists(folder + u'/' + part)) return part;
+  const QStringList entries =
+      QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+  QString found;
+  for (const QString& entry : entries) {
+    if (entry.compare(part, Qt::CaseInsensitive) != 0) continue;
+    if (!found.isEmpty()) return part;
+    found = entry;
+  }
+  return found.isEmpty() ? part : found;
+}
+
+}  // namespace
+
+InstallPaths::InstallPaths(QString applicationFolder) : applicationFolder_(std::move(applicationFolder)) {}
+
+InstallPaths InstallPaths::OfThisProgram() {
+  return InstallPaths(QCoreApplication::applicationDirPath());
+}
+
+QString InstallPaths::ModuleFolder(ModuleKind kind) const {
+  return applicationFolder_ +
+         (kind == ModuleKind::Test ? QStringLiteral("/plugins/tests") : QStringLiteral("/plugins/alerts"));
+}
+
+QString InstallPaths::Resolve(const QString& path) {
+  QString text = path;
+  text.replace(u'\\', u'/');
+  if (QFileInfo::exists(text)) return text;
+  const bool absolute = text.startsWith(u'/');
+  QString resolved;
+  const QStringList parts = text.split(u'/', Qt::SkipEmptyParts);
+  for (const QString& part : parts) {
+    const QString folder = resolved.isEmpty() ? (absolute ? QStringLiteral("/") : QStringLiteral(".")) : resolved;
+    const QString entry = EntryOf(folder, part);
+    if (resolved.isEmpty()) {
+      resolved = absolute ? u'/' + entry : entry;
+    } else {
+      resolved += u'/' + entry;
+    }
+  }
+  return resolved;
+}
+
+}  // namespace quarl

@@ -23,8 +23,8 @@ console=$!
 # The start-up window closes after four seconds; the picture is of the main window alone.
 for _ in $(seq 150); do
   kill -0 "$console" 2>/dev/null || { echo "The console ended early:" >&2; cat "$work/console.log" >&2; exit 1; }
-  windows=$(xdotool search --onlyvisible --pid "$console" --name '.' 2>/dev/null || true)
-  main=$(xdotool search --onlyvisible --pid "$console" --name '^Quarl Console$' 2>/dev/null | head -n 1 || true)
+  windows=$(xdotool search --all --onlyvisible --pid "$console" --name '.*' 2>/dev/null || true)
+  main=$(xdotool search --all --onlyvisible --pid "$console" --name '^Quarl Console$' 2>/dev/null | head -n 1 || true)
   [ -n "$main" ] && [ "$(wc -w <<<"$windows")" -eq 1 ] && break
   sleep 0.2
 done

@@ -22,8 +22,9 @@ need() {
 build() {
   local preset=$1
   shift
-  (cd "$root" && cmake --preset "$preset" "$@" >"/tmp/quarl-configure.$$" 2>&1) ||
-    { cat "/tmp/quarl-configure.$$" >&2; rm -f "/tmp/quarl-configure.$$"; return 1; }
-  rm -f "/tmp/quarl-configure.$$"
+  local log
+  log=$(mktemp)
+  (cd "$root" && cmake --preset "$preset" "$@" >"$log" 2>&1) || { cat "$log" >&2; rm -f "$log"; return 1; }
+  rm -f "$log"
   (cd "$root" && cmake --build --preset "$preset")
 }

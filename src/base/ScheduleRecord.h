@@ -13,7 +13,7 @@ enum class DeltaType : qint16 { Minutes = 1, Hours = 2, Days = 3 };
 struct ScheduleRecord {
   bool enabled = false;
   QDate startDate;  ///< calendar day in the service's time zone
-  QTime startTime;  ///< time of day, whole seconds
+  QTime startTime;  ///< time of day, to the millisecond
   qint16 deltaTime = 0;
   qint16 deltaType = 0;  ///< a DeltaType, or 0
 

@@ -82,10 +82,12 @@ class ConfigurationStore {
   /// changed (and keep their test results), others are added under the given id, or a new one for id 0; what the
   /// configuration does not hold is removed.
   /// @param revision what Read() gave; throws StoreError when the store was changed since.
+  /// @param storeId the store whose ids these are; empty: this one. When it is another one, no record is one that
+  ///        this store has, so that no results are kept, and this store takes that id for its own.
   /// Throws StoreError, with nothing written, for an id used twice or below 0 (groups and servers share one
   /// sequence, tests, alerts and both kinds of types have one each), for a type that is not in the configuration,
   /// and for a type without a module file name.
-  virtual void Write(const Configuration& configuration, qint64 revision) = 0;
+  virtual void Write(const Configuration& configuration, qint64 revision, const QString& storeId = {}) = 0;
 };
 
 }  // namespace quarl::store

@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <limits>
 
+#include "base/Utf8.h"
 #include "store/StoreError.h"
 
 namespace quarl::store {
@@ -78,7 +79,7 @@ QVariant RecordSet::Value(int column) const {
       break;
   }
   const std::string_view text = Utf8(column);
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  return FromUtf8(text);
 }
 
 QVariant RecordSet::Value(std::string_view field) const {

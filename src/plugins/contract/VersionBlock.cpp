@@ -78,7 +78,7 @@ std::optional<FixedVersion> VersionBlock::Fixed() const {
   fixed.structureLow = U16(at + 4);
   fixed.structureHigh = U16(at + 6);
   for (size_t i = 0; i < fixed.file.size(); ++i) {
-    const auto word = static_cast<qsizetype>((i ^ 1) * 2);  // each pair stands low word first
+    const auto word = 2 * static_cast<qsizetype>(i ^ 1);  // each pair stands low word first
     fixed.file[i] = U16(at + 8 + word);
     fixed.product[i] = U16(at + 16 + word);
   }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "store/ServerStore.h"
+#include "store/sql/Database.h"
+
+namespace quarl::store::sql {
+
+class SqlServerStore final : public ServerStore {
+ public:
+  explicit SqlServerStore(Database& database) : database_(database) {}
+  std::optional<ServerRecord> GetServer(qint32 idServer) override;
+  bool UpdateServer(qint32 idServer, const QString& name, const QString& ipAddress, qint32 idGroup) override;
+  qint32 AddServer(const QString& name, const QString& ipAddress, qint32 idGroup) override;
+  bool RemoveServer(qint32 idServer) override;
+  bool CheckServer(qint32 idServer) override;
+  RecordSet GetServersByGroup(qint32 idGroup) override;
+  RecordSet GetAllServers(qint32 idGroup) override;
+  std::optional<ScheduleRecord> GetServerSchedule(qint32 idServer) override;
+  bool SetServerSchedule(qint32 idServer, const ScheduleRecord& schedule) override;
+  bool SetFailThreshold(qint32 idServer, qint16 count) override;
+  qint16 GetFailThreshold(qint32 idServer) override;
+
+ private:
+  Database& database_;
+};
+
+/// Writes the schedule of a server. False: no such server.
+bool PutServerSchedule(Connection& connection, qint32 idServer, const ScheduleRecord& schedule);
+
+}  // namespace quarl::store::sql

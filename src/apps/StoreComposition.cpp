@@ -23,7 +23,7 @@ store::SqlSetup StoreComposition::Setup(store::StoreLocation location) {
 
 void StoreComposition::OpenAhead() {
   try {
-    opening_ = std::async(std::launch::async, [this] { Made().Open(); });
+    opening_ = std::async(std::launch::async, [this] { Made().ReadAhead(); });
   } catch (const std::system_error&) {
     // Without a thread to spare, the first use opens the store.
   }

@@ -21,8 +21,8 @@ class StoreComposition final : public store::Stores {
   [[nodiscard]] store::SqlSetup Setup();
   /// The same for a store in another place.
   [[nodiscard]] store::SqlSetup Setup(store::StoreLocation location);
-  /// Opens the store on a thread of its own, so that checking it costs a program's start no time. The next use of the
-  /// store waits for the end and throws what went wrong.
+  /// Opens the store and reads the tree on a thread of its own, while the program does something else. The next use of
+  /// the store waits for the end and throws what went wrong.
   void OpenAhead();
   /// The store itself, for what the interfaces do not offer. Throws StoreError.
   [[nodiscard]] store::SqlStores& Sql();

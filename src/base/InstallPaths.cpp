@@ -26,7 +26,9 @@ QString EntryOf(const QString& folder, const QString& part) {
 InstallPaths::InstallPaths(QString applicationFolder) : applicationFolder_(std::move(applicationFolder)) {}
 
 InstallPaths InstallPaths::OfThisProgram() {
-  return InstallPaths(QCoreApplication::applicationDirPath());
+  // The application object need not be there yet.
+  const QString self = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
+  return InstallPaths(self.isEmpty() ? QCoreApplication::applicationDirPath() : QFileInfo(self).path());
 }
 
 QString InstallPaths::ModuleFolder(ModuleKind kind) const {

@@ -224,6 +224,23 @@ TEST_P(StoreContract, RemovingAGroupRemovesAllBelowIt) {
   EXPECT_FALSE(W().System().RemoveTestType(testType) || W().System().RemoveAlertType(alertType));
 }
 
+TEST_P(StoreContract, ATreeReadAheadIsGivenOnceAndOnlyWhileNothingHasChanged) {
+  SqlStores& reader = GetParam() == Engine::TwoUsers ? second_ : writer_;
+  const auto statements = [&] {
+    const quint64 before = reader.Statistics().statementsExecuted;
+    EXPECT_EQ(reader.Tree().ReadTree().groups.size(),
+              static_cast<std::size_t>(reader.Groups().GetGroups(0).RowCount()));
+    return reader.Statistics().statementsExecuted - before - 1;
+  };
+  ASSERT_GT(W().Groups().AddGroup(kName, {}), 0);
+  reader.ReadAhead();
+  EXPECT_EQ(statements(), 0U);
+  EXPECT_EQ(statements(), 5U);
+  reader.ReadAhead();
+  ASSERT_GT(W().Groups().AddGroup(kName, {}), 0);
+  EXPECT_EQ(statements(), 5U);
+}
+
 TEST_P(StoreContract, AnyTextComesBackAsItWasGiven) {
   const QString texts[] = {
       QString(),

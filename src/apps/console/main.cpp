@@ -7,6 +7,8 @@
 #include "ui/PictureIcon.h"
 
 int main(int argc, char** argv) {
+  quarl::apps::StoreComposition stores;
+  stores.OpenAhead();
   QApplication app(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("Quarl Console"));
   QCoreApplication::setApplicationVersion(QStringLiteral(QUARL_VERSION));
@@ -15,8 +17,6 @@ int main(int argc, char** argv) {
 
   QGuiApplication::setWindowIcon(quarl::ui::PictureIcon(QStringLiteral("quarl")));
   quarl::ui::FollowDesktopColourScheme();
-  quarl::apps::StoreComposition stores;
-  stores.OpenAhead();
   quarl::shell::Main window(stores, quarl::InstallPaths::OfThisProgram());
   window.Form_Load();
   window.show();

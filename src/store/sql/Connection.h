@@ -44,6 +44,8 @@ class Connection {
   virtual void Execute(const std::string& sql) = 0;
   /// Rows that the last INSERT, UPDATE or DELETE changed itself.
   virtual qint64 Changes() = 0;
+  /// A text that is another one once the database has changed, through this connection or another.
+  virtual std::string ChangeMark() = 0;
   /// The store behind the connection is still the one that was opened; false: replaced. Throws when it is gone.
   virtual bool IsCurrent() = 0;
 

@@ -34,6 +34,7 @@ void Database::Open() {
   connection->Counters() = {};
   connection_ = std::move(connection);
   wasOpen_ = true;
+  ++openings_;
 }
 
 void Database::Close() {

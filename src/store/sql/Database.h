@@ -46,6 +46,8 @@ class Database {
   const std::string* StateWord(qint64 state) const;
   Dialect& GetDialect() { return *dialect_; }
   SqlStatistics Statistics() const;
+  /// How often the store was opened.
+  quint64 Openings() const { return openings_; }
   /// The store is opened anew by the next operation.
   void Close();
 
@@ -67,6 +69,7 @@ class Database {
   std::array<std::string, 3> stateWords_;
   SqlStatistics closed_;  // of connections that are no more
   bool wasOpen_ = false;
+  quint64 openings_ = 0;
 };
 
 }  // namespace quarl::store::sql

@@ -94,6 +94,10 @@ void SqlStores::Open() {
   parts_->database.Read([](sql::Connection& /*connection*/) { return true; });
 }
 
+void SqlStores::ReadAhead() {
+  parts_->tree.ReadAhead();
+}
+
 void SqlStores::CheckPlace(const SqlSetup& setup) {
   sql::MakeDialect(setup)->CheckPlace();
 }

@@ -58,6 +58,9 @@ class SqlStores : public Stores {
 
   /// Opens the store now, making it when it is missing. Throws StoreError.
   void Open();
+  /// Opens the store and reads the tree for the next ReadTree(), which gives that if nothing has changed by then.
+  /// Throws StoreError when the store cannot be opened.
+  void ReadAhead();
   /// Throws StoreError where no new store may be put, under whatever name it was made: the log of a missing one is
   /// there, whose changes would go into the new one.
   static void CheckPlace(const SqlSetup& setup);

@@ -41,7 +41,30 @@ void ReadPart(Connection& connection, const PartQuery& part, TreeRows& tree) {
 
 }  // namespace
 
+void SqlTreeReader::ReadAhead() {
+  std::string mark = database_.Read([](Connection& connection) { return connection.ChangeMark(); });
+  const quint64 opening = database_.Openings();
+  ahead_ = Ahead{opening, std::move(mark), ReadNow()};
+}
+
+bool SqlTreeReader::IsCurrent(const Ahead& ahead) {
+  try {
+    return !ahead.tree.failure &&
+           database_.Read([&](Connection& connection) { return connection.ChangeMark() == ahead.mark; }) &&
+           database_.Openings() == ahead.opening;
+  } catch (const StoreError&) {
+    return false;  // reading anew tells what is wrong
+  }
+}
+
 TreeRows SqlTreeReader::ReadTree() {
+  std::optional<Ahead> ahead;
+  ahead.swap(ahead_);
+  if (ahead && IsCurrent(*ahead)) return std::move(ahead->tree);
+  return ReadNow();
+}
+
+TreeRows SqlTreeReader::ReadNow() {
   TreeRows tree;
   Part part = Part::Groups;
   try {

@@ -150,6 +150,10 @@ void SqliteConnection::Execute(const std::string& sql) {
   if (code != SQLITE_OK) Throw(code);
 }
 
+std::string SqliteConnection::ChangeMark() {
+  return Value("PRAGMA data_version").toStdString() + '/' + std::to_string(sqlite3_total_changes64(handle_));
+}
+
 qint64 SqliteConnection::Changes() {
   return sqlite3_changes64(handle_);
 }

@@ -21,6 +21,7 @@ class SqliteConnection final : public Connection {
 
   void Execute(const std::string& sql) override;
   qint64 Changes() override;
+  std::string ChangeMark() override;
   bool IsCurrent() override;
   void Begin(Access access) override;
   void Commit() override;

@@ -283,7 +283,7 @@ class StatementTest : public EditorRig {
     };
   }
   void SetUp() override {
-    for (int i = 0; i < 200; ++i) std::ignore = sql.Servers().AddServer(L("filler"), L("10.1.1.1"), 1);
+    for (int i = 0; i < 10000; ++i) std::ignore = sql.Servers().AddServer(L("filler"), L("10.1.1.1"), 1);
   }
 };
 

@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "base/Error.h"
+
 namespace quarl {
 namespace {
 
@@ -21,6 +23,19 @@ QString EntryOf(const QString& folder, const QString& part) {
   return found.isEmpty() ? part : found;
 }
 
+QString FolderText(ModuleCallSite site, ModuleKind kind) {
+  if (kind == ModuleKind::Test) {
+    return site == ModuleCallSite::BufferSize ? QStringLiteral("\\plugins\\Tests\\")
+                                              : QStringLiteral("\\plugins\\tests\\");
+  }
+  return site == ModuleCallSite::About ? QStringLiteral("\\plugins\\alerts\\") : QStringLiteral("\\plugins\\Alerts\\");
+}
+
+bool IsFileName(const QString& name) {
+  if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("..")) return false;
+  return !name.contains(u'/') && !name.contains(u'\\') && !name.contains(QChar(u'\0'));
+}
+
 }  // namespace
 
 InstallPaths::InstallPaths(QString applicationFolder) : applicationFolder_(std::move(applicationFolder)) {}
@@ -34,6 +49,14 @@ InstallPaths InstallPaths::OfThisProgram() {
 QString InstallPaths::ModuleFolder(ModuleKind kind) const {
   return applicationFolder_ +
          (kind == ModuleKind::Test ? QStringLiteral("/plugins/tests") : QStringLiteral("/plugins/alerts"));
+}
+
+QString InstallPaths::ModulePath(const QString& baseFolder, ModuleCallSite site, ModuleKind kind,
+                                 const QString& moduleFile) {
+  if (!IsFileName(moduleFile)) {
+    throw Error(QStringLiteral("\"%1\" is not the file name of a module.").arg(moduleFile));
+  }
+  return baseFolder + FolderText(site, kind) + moduleFile;
 }
 
 QString InstallPaths::Resolve(const QString& path) {

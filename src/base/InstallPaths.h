@@ -2,11 +2,20 @@
 
 #include <QString>
 
+#include "base/ModuleKind.h"
+
 namespace quarl {
 
-enum class ModuleKind { Test, Alert };
+/// Who forms the path of a module. The product writes the folders differently from one to the other.
+enum class ModuleCallSite {
+  About,       ///< the manager dialogs
+  BufferSize,  ///< the property commands, asking for the size
+  Properties,  ///< the property commands, showing the dialog
+  AlertTest,   ///< the alert test
+  Picture,     ///< the main window, loading the pictures of the types
+};
 
-/// The folders of an installation and the one place that resolves the product's own path texts
+/// The folders of an installation and the one place that forms and resolves the product's own path texts
 /// ("\plugins\Tests\ping.dll" below a base folder) on the file system of this machine.
 class InstallPaths {
  public:
@@ -21,6 +30,9 @@ class InstallPaths {
   /// The native folder of the modules of a kind: plugins/tests or plugins/alerts.
   QString ModuleFolder(ModuleKind kind) const;
 
+  /// A base folder, the path text of the call site ("\plugins\Tests\") and a module's file name, one after the other.
+  /// Throws Error for a name that is no plain file name: empty, "." or "..", or with a separator or a NUL in it.
+  static QString ModulePath(const QString& baseFolder, ModuleCallSite site, ModuleKind kind, const QString& moduleFile);
   /// The native path of a text made of a base folder and the product's path texts: "\" separates like "/", and a
   /// part that does not exist as written stands for the one entry that differs from it in case only.
   /// A path that leads nowhere comes back with the parts that could not be found as written.

@@ -24,7 +24,8 @@ class GroupStore {
   [[nodiscard]] virtual qint32 AddGroup(const QString& name, const QString& description) = 0;
   /// Removes the group with its servers, their tests, all their alerts and schedules. False: no such group.
   [[nodiscard]] virtual bool RemoveGroup(qint32 idGroup) = 0;
-  /// Asks the service to run the tests of the group's servers now (0: of every server). False: not done.
+  /// Asks the service to run the tests of the group's servers now (0: of every server), and waits for the
+  /// results, at most ten seconds. False: no service runs, there is no such group, or the results are not in.
   virtual bool CheckGroup(qint32 idGroup) = 0;
   /// IDGroup, GroupName; by name, byte order of its UTF-8. The argument is not looked at.
   [[nodiscard]] virtual RecordSet GetGroups(qint32 idGroup) = 0;

@@ -21,7 +21,7 @@ void RecordSet::RequireOpen() const {
 
 bool RecordSet::Eof() const {
   RequireOpen();
-  return row_ >= RowCount();
+  return row_ * fields_->size() >= cells_.size();
 }
 
 void RecordSet::MoveNext() {

@@ -28,7 +28,8 @@ class ServerStore {
   [[nodiscard]] virtual qint32 AddServer(const QString& name, const QString& ipAddress, qint32 idGroup) = 0;
   /// Removes the server with its tests, alerts, schedule and results. False: no such server.
   [[nodiscard]] virtual bool RemoveServer(qint32 idServer) = 0;
-  /// Asks the service to run the server's tests now. False: not done.
+  /// Asks the service to run the server's tests now, and waits for the results, at most ten
+  /// seconds. False: no service runs, there is no such server, or the results are not in.
   virtual bool CheckServer(qint32 idServer) = 0;
   /// IDServer, ServerName, ServerIP, IDTestState (Null: no state yet); by name, byte order of its UTF-8.
   [[nodiscard]] virtual RecordSet GetServersByGroup(qint32 idGroup) = 0;

@@ -16,8 +16,24 @@ QString OfLine(const QString& file, int line) {
   return QStringLiteral("%1, line %2").arg(file).arg(line);
 }
 
-/// The location in a configuration file; nothing when the file is missing or sets none.
-std::optional<StoreLocation> FromFile(const QString& path) {
+}  // namespace
+
+StoreLocation StoreLocation::FromEnvironment(const QString& configFile) {
+  const QString variable = qEnvironmentVariable("QUARL_STORE");
+  if (!variable.isEmpty()) {
+    try {
+      return Parse(variable, QDir::currentPath());
+    } catch (const StoreError& error) {
+      throw StoreError(QStringLiteral("$QUARL_STORE: %1").arg(error.Description()));
+    }
+  }
+  if (const auto configured = FromConfiguration(configFile)) return *configured;
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+  if (folder.isEmpty()) throw StoreError(QStringLiteral("This user has no data folder for the store."));
+  return {QDir::cleanPath(folder + QStringLiteral("/quarl/quarl.db")), true};
+}
+
+std::optional<StoreLocation> StoreLocation::FromConfiguration(const QString& path) {
   QFile file(path);
   if (!file.exists()) return std::nullopt;
   if (!file.open(QIODevice::ReadOnly)) {
@@ -34,7 +50,7 @@ std::optional<StoreLocation> FromFile(const QString& path) {
     }
     if (found) throw StoreError(QStringLiteral("%1: the store is set a second time.").arg(OfLine(path, number)));
     try {
-      found = StoreLocation::Parse(line.mid(equals + 1).trimmed(), QFileInfo(path).absolutePath());
+      found = Parse(line.mid(equals + 1).trimmed(), QFileInfo(path).absolutePath());
     } catch (const StoreError& error) {
       throw StoreError(QStringLiteral("%1: %2").arg(OfLine(path, number), error.Description()));
     }
@@ -43,23 +59,6 @@ std::optional<StoreLocation> FromFile(const QString& path) {
     throw StoreError(QStringLiteral("The file %1 cannot be read: %2.").arg(path, file.errorString()));
   }
   return found;
-}
-
-}  // namespace
-
-StoreLocation StoreLocation::FromEnvironment(const QString& configFile) {
-  const QString variable = qEnvironmentVariable("QUARL_STORE");
-  if (!variable.isEmpty()) {
-    try {
-      return Parse(variable, QDir::currentPath());
-    } catch (const StoreError& error) {
-      throw StoreError(QStringLiteral("$QUARL_STORE: %1").arg(error.Description()));
-    }
-  }
-  if (const auto configured = FromFile(configFile)) return *configured;
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-  if (folder.isEmpty()) throw StoreError(QStringLiteral("This user has no data folder for the store."));
-  return {QDir::cleanPath(folder + QStringLiteral("/quarl/quarl.db")), true};
 }
 
 StoreLocation StoreLocation::Parse(const QString& text, const QString& baseFolder) {

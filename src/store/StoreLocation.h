@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 namespace quarl::store {
 
@@ -14,6 +15,9 @@ struct StoreLocation {
   /// @param configFile a text file with the line "store = LOCATION", blank lines and lines that begin with "#";
   ///        it may be missing or set nothing.
   static StoreLocation FromEnvironment(const QString& configFile = QStringLiteral("/etc/quarl/store.conf"));
+  /// What the configuration file alone sets; nothing when it is missing or sets none. Throws StoreError.
+  static std::optional<StoreLocation> FromConfiguration(
+      const QString& configFile = QStringLiteral("/etc/quarl/store.conf"));
   /// @param text "sqlite:PATH"; a relative path is one below baseFolder. Throws StoreError.
   static StoreLocation Parse(const QString& text, const QString& baseFolder);
   static StoreLocation File(const QString& path);

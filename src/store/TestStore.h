@@ -12,7 +12,8 @@ class TestStore {
  public:
   virtual ~TestStore() = default;
 
-  /// Asks the service to run the test now. False: not done.
+  /// Asks the service to run the test now, and waits for the results, at most ten
+  /// seconds. False: no service runs, there is no such test, or the results are not in.
   virtual bool CheckTest(qint32 idTest) = 0;
   /// Adds a test under its type's name.
   /// @param properties the property string it starts with.

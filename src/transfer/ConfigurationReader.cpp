@@ -58,6 +58,9 @@ class Reader {
   qint32 ReadId(JsonObject& object, std::set<qint32>& taken);
 
   template <typename Record>
+  Record ReadTyped(const Json& json, const Place& place, std::set<qint32>& ids, qint32 Record::*idType,
+                   TypeNames& types);
+  template <typename Record>
   std::vector<Record> ReadList(JsonObject& owner, const char* key, Record (Reader::*read)(const Json&, const Place&));
 
   QString storeId_;
@@ -182,26 +185,26 @@ void Reader::ReadTypes(const Json& list, const Place& place, TypeNames& names) {
   }
 }
 
-store::TestConfiguration Reader::ReadTest(const Json& json, const Place& place) {
+/// A test or an alert.
+template <typename Record>
+Record Reader::ReadTyped(const Json& json, const Place& place, std::set<qint32>& ids, qint32 Record::*idType,
+                         TypeNames& types) {
   JsonObject object(json, place);
-  store::TestConfiguration test;
-  test.id = ReadId(object, testIds_);
-  test.idTestType = ReadType(object, testTypes_);
-  test.name = object.Text("name");
-  test.properties = ReadPlainText(object, "properties", test.id);
+  Record record;
+  record.id = ReadId(object, ids);
+  record.*idType = ReadType(object, types);
+  record.name = object.Text("name");
+  record.properties = ReadPlainText(object, "properties", record.id);
   object.Finish();
-  return test;
+  return record;
+}
+
+store::TestConfiguration Reader::ReadTest(const Json& json, const Place& place) {
+  return ReadTyped(json, place, testIds_, &store::TestConfiguration::idTestType, testTypes_);
 }
 
 store::AlertConfiguration Reader::ReadAlert(const Json& json, const Place& place) {
-  JsonObject object(json, place);
-  store::AlertConfiguration alert;
-  alert.id = ReadId(object, alertIds_);
-  alert.idAlertType = ReadType(object, alertTypes_);
-  alert.name = object.Text("name");
-  alert.properties = ReadPlainText(object, "properties", alert.id);
-  object.Finish();
-  return alert;
+  return ReadTyped(json, place, alertIds_, &store::AlertConfiguration::idAlertType, alertTypes_);
 }
 
 store::ServerConfiguration Reader::ReadServer(const Json& json, const Place& place) {

@@ -7,31 +7,17 @@
 namespace quarl::store {
 namespace {
 
-enum class Engine { Memory, File, TwoUsers };
-
-class StoreContract : public ::testing::TestWithParam<Engine> {
+class StoreContract : public EngineTest {
  protected:
-  StoreContract()
-      : writer_(folder_.Setup(GetParam() == Engine::Memory ? StoreLocation::InMemory()
-                                                           : StoreLocation::File(folder_.StorePath()))),
-        second_(folder_.Setup()) {}
-
   Stores& W() { return writer_; }
   /// Reads what W() wrote.
-  Stores& R() { return GetParam() == Engine::TwoUsers ? static_cast<Stores&>(second_) : writer_; }
-
-  StoreFolder folder_;
-  SqlStores writer_, second_;
+  Stores& R() { return Reader(); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Engines, StoreContract, ::testing::Values(Engine::Memory, Engine::File, Engine::TwoUsers),
-                         [](const auto& engine) {
-                           return engine.param == Engine::Memory ? "Memory"
-                                  : engine.param == Engine::File ? "File"
-                                                                 : "TwoUsers";
-                         });
+                         &StoreContract::NameOf);
 
-const QString kName = QStringLiteral("name");
+const QString kName = Q("name");
 
 TEST_P(StoreContract, ANewStoreIsEmpty) {
   EXPECT_TRUE(R().Groups().GetGroups(0).Eof());
@@ -46,11 +32,46 @@ TEST_P(StoreContract, ANewStoreIsEmpty) {
 
 TEST_P(StoreContract, GroupsAreListedInByteOrderNewestFirstAmongEqualNames) {
   for (const char* name : {"b", "a", "B", "\xc3\xa4", "\xf0\x9f\x98\x80", "\xef\xbf\xbd", "a", ""}) {
-    ASSERT_GT(W().Groups().AddGroup(QString::fromUtf8(name), QStringLiteral("of ") + QString::fromUtf8(name)), 0);
+    ASSERT_GT(W().Groups().AddGroup(QString::fromUtf8(name), Q("of ") + QString::fromUtf8(name)), 0);
   }
   // The astral character sorts after U+FFFD, as its UTF-8 does.
   EXPECT_EQ(Column(R().Groups().GetGroups(0), "IDGroup").toStdString(), "8 3 7 2 1 4 6 5");
-  EXPECT_EQ(R().Groups().GetGroup(4), (GroupRecord{QStringLiteral("ä"), QStringLiteral("of ä")}));
+  EXPECT_EQ(R().Groups().GetGroup(4), (GroupRecord{Q("ä"), Q("of ä")}));
+}
+
+// Adds a server and a test of type 1 in one change: the ids, joined by a blank.
+std::string AddInChange(Stores& stores, bool commit) {
+  const auto change = stores.BeginChange();
+  const qint32 server = stores.Servers().AddServer(kName, kName, 0);
+  EXPECT_EQ(stores.Servers().AddServer(kName, kName, 77), 0) << "a refusal lets the others go on";
+  const qint32 test = stores.Tests().AddTest(server, 1, kName);
+  EXPECT_EQ(Column(stores.Tests().GetTestsByServer(server), "IDTest"), QString::number(test)) << "seen before its end";
+  if (commit) change->Commit();
+  return std::to_string(server) + ' ' + std::to_string(test);
+}
+
+TEST_P(StoreContract, AChangeIsKeptWholeOrNotAtAll) {
+  ASSERT_EQ(folder_.AddTestType(W(), kName), 1);
+  const auto servers = [&] { return Column(R().Servers().GetAllServers(0), "IDServer").toStdString(); };
+  AddInChange(W(), false);
+  EXPECT_EQ(servers(), "");
+  EXPECT_EQ(AddInChange(W(), true), "1 1") << "not even the ids of the lost one are used up";
+  EXPECT_EQ(servers(), "1");
+  EXPECT_EQ(Column(R().Tests().GetTestsByServer(1), "IDTest").toStdString(), "1");
+  EXPECT_EQ(W().Servers().AddServer(kName, kName, 0), 2) << "writing goes on after it";
+}
+
+TEST_P(StoreContract, AChangeWithAFailedOperationIsNotKept) {
+  ASSERT_EQ(folder_.AddTestType(W(), kName), 1);
+  {
+    const auto change = W().BeginChange();
+    EXPECT_GT(W().Servers().AddServer(kName, kName, 0), 0);
+    EXPECT_NE(ErrorOf([&] { std::ignore = W().BeginChange(); }), QString()) << "one at a time";
+    EXPECT_NE(ErrorOf([&] { std::ignore = W().Servers().AddServer(kName, kName, 0); }), QString());
+    EXPECT_NE(ErrorOf([&] { change->Commit(); }), QString());
+  }
+  EXPECT_TRUE(R().Servers().GetAllServers(0).Eof());
+  EXPECT_EQ(W().Servers().AddServer(kName, kName, 0), 1);
 }
 
 TEST_P(StoreContract, TheRootGroupIsNoRecord) {
@@ -71,19 +92,19 @@ TEST_P(StoreContract, GroupsAndServersShareOneSequenceAndNoIdComesTwice) {
 }
 
 TEST_P(StoreContract, ServersAreReadWrittenAndMoved) {
-  const qint32 group = W().Groups().AddGroup(QStringLiteral("Group"), {});
-  const qint32 b = W().Servers().AddServer(QStringLiteral("b"), QStringLiteral("10.0.0.2"), 0);
-  const qint32 a = W().Servers().AddServer(QStringLiteral("a"), QStringLiteral("10.0.0.1"), group);
-  EXPECT_EQ(R().Servers().GetServer(a), (ServerRecord{QStringLiteral("a"), QStringLiteral("10.0.0.1"), group}));
-  EXPECT_EQ(Column(R().Servers().GetAllServers(0), "ServerName"), QStringLiteral("a b"));
-  EXPECT_EQ(Column(R().Servers().GetAllServers(0), "GroupName"), QStringLiteral("Group -"));
-  EXPECT_EQ(Column(R().Servers().GetAllServers(0), "IDTestState"), QStringLiteral("- -"));
+  const qint32 group = W().Groups().AddGroup(Q("Group"), {});
+  const qint32 b = W().Servers().AddServer(Q("b"), Q("10.0.0.2"), 0);
+  const qint32 a = W().Servers().AddServer(Q("a"), Q("10.0.0.1"), group);
+  EXPECT_EQ(R().Servers().GetServer(a), (ServerRecord{Q("a"), Q("10.0.0.1"), group}));
+  EXPECT_EQ(Column(R().Servers().GetAllServers(0), "ServerName"), Q("a b"));
+  EXPECT_EQ(Column(R().Servers().GetAllServers(0), "GroupName"), Q("Group -"));
+  EXPECT_EQ(Column(R().Servers().GetAllServers(0), "IDTestState"), Q("- -"));
 
   EXPECT_FALSE(W().Servers().UpdateServer(b, kName, {}, 4711));
   EXPECT_FALSE(W().Servers().UpdateServer(4711, kName, {}, 0));
-  EXPECT_TRUE(W().Servers().UpdateServer(b, QStringLiteral("b2"), QStringLiteral("::1"), group));
+  EXPECT_TRUE(W().Servers().UpdateServer(b, Q("b2"), Q("::1"), group));
   EXPECT_TRUE(R().Servers().GetServersByGroup(0).Eof());
-  EXPECT_EQ(Column(R().Servers().GetServersByGroup(group), "ServerIP"), QStringLiteral("10.0.0.1 ::1"));
+  EXPECT_EQ(Column(R().Servers().GetServersByGroup(group), "ServerIP"), Q("10.0.0.1 ::1"));
   EXPECT_TRUE(W().Servers().RemoveServer(b));
   EXPECT_FALSE(W().Servers().RemoveServer(b));
   EXPECT_FALSE(R().Servers().GetServer(b));
@@ -122,15 +143,15 @@ TEST_P(StoreContract, SchedulesAndThresholdsAreKeptAsGiven) {
 }
 
 TEST_P(StoreContract, TestsTakeTheNameOfTheirTypeAndHaveNoResultYet) {
-  const qint32 ping = folder_.AddTestType(W(), QStringLiteral("Ping"));
-  const qint32 http = folder_.AddTestType(W(), QStringLiteral("Http"));
+  const qint32 ping = folder_.AddTestType(W(), Q("Ping"));
+  const qint32 http = folder_.AddTestType(W(), Q("Http"));
   const qint32 server = W().Servers().AddServer(kName, {}, 0);
   EXPECT_EQ(W().Tests().AddTest(server, http, {}), 1);
-  EXPECT_EQ(W().Tests().AddTest(server, ping, QStringLiteral("p")), 2);
+  EXPECT_EQ(W().Tests().AddTest(server, ping, Q("p")), 2);
   EXPECT_LT(W().Tests().AddTest(server + 1, ping, {}), 1);
   EXPECT_LT(W().Tests().AddTest(server, http + 1, {}), 1);
-  EXPECT_TRUE(W().Tests().RenameTest(2, QStringLiteral("Echo")));
-  EXPECT_FALSE(W().Tests().RenameTest(3, QStringLiteral("Echo")));
+  EXPECT_TRUE(W().Tests().RenameTest(2, Q("Echo")));
+  EXPECT_FALSE(W().Tests().RenameTest(3, Q("Echo")));
 
   const std::pair<const char*, const char*> columns[] = {{"IDTest", "1 2"},
                                                          {"TestName", "Http Echo"},
@@ -143,17 +164,17 @@ TEST_P(StoreContract, TestsTakeTheNameOfTheirTypeAndHaveNoResultYet) {
   for (const auto& [field, values] : columns) {
     EXPECT_EQ(Column(R().Tests().GetTestsByServer(server), field).toStdString(), values) << field;
   }
-  EXPECT_EQ(R().Tests().GetTestProperties(2), QStringLiteral("p"));
-  EXPECT_EQ(R().Tests().GetTestModule(2), QStringLiteral("Ping.dll"));
+  EXPECT_EQ(R().Tests().GetTestProperties(2), Q("p"));
+  EXPECT_EQ(R().Tests().GetTestModule(2), Q("Ping.dll"));
   EXPECT_FALSE(R().Tests().GetTestModule(3));
   EXPECT_FALSE(R().Tests().GetTestProperties(3));
   EXPECT_TRUE(W().Tests().RemoveTest(1));
   EXPECT_FALSE(W().Tests().RemoveTest(1));
-  EXPECT_EQ(Column(R().Tests().GetTestsByServer(server), "IDTest"), QStringLiteral("2"));
+  EXPECT_EQ(Column(R().Tests().GetTestsByServer(server), "IDTest"), Q("2"));
 }
 
 TEST_P(StoreContract, AnAlertIsItsOwnersLastOneWhenItIsAddedOrMoved) {
-  const qint32 type = folder_.AddAlertType(W(), QStringLiteral("Mail"));
+  const qint32 type = folder_.AddAlertType(W(), Q("Mail"));
   const qint32 group = W().Groups().AddGroup(kName, {});
   const qint32 server = W().Servers().AddServer(kName, {}, group);
   for (int i = 0; i < 3; ++i) ASSERT_GT(W().Alerts().AddServerAlert(server, type, {}), 0);
@@ -179,18 +200,18 @@ TEST_P(StoreContract, AnAlertIsItsOwnersLastOneWhenItIsAddedOrMoved) {
 }
 
 TEST_P(StoreContract, AlertsAreReadAndWritten) {
-  const qint32 type = folder_.AddAlertType(W(), QStringLiteral("Mail"));
-  const qint32 alert = W().Alerts().AddGroupAlert(0, type, QStringLiteral("p"));
+  const qint32 type = folder_.AddAlertType(W(), Q("Mail"));
+  const qint32 alert = W().Alerts().AddGroupAlert(0, type, Q("p"));
   EXPECT_LT(W().Alerts().AddGroupAlert(0, type + 1, {}), 1);
   EXPECT_LT(W().Alerts().AddGroupAlert(4711, type, {}), 1);
   EXPECT_LT(W().Alerts().AddServerAlert(0, type, {}), 1);
   EXPECT_TRUE(W().Alerts().RenameAlert(alert, kName));
-  EXPECT_EQ(R().Alerts().GetAlertProperties(alert), QStringLiteral("p"));
-  EXPECT_TRUE(W().Alerts().SetAlertProperties(alert, QStringLiteral("q")));
-  EXPECT_EQ(R().Alerts().GetAlertProperties(alert), QStringLiteral("q"));
-  EXPECT_EQ(R().Alerts().GetAlertModule(alert), QStringLiteral("Mail.dll"));
+  EXPECT_EQ(R().Alerts().GetAlertProperties(alert), Q("p"));
+  EXPECT_TRUE(W().Alerts().SetAlertProperties(alert, Q("q")));
+  EXPECT_EQ(R().Alerts().GetAlertProperties(alert), Q("q"));
+  EXPECT_EQ(R().Alerts().GetAlertModule(alert), Q("Mail.dll"));
   EXPECT_EQ(Column(R().Alerts().GetAlertsByGroup(0), "AlertName"), kName);
-  EXPECT_EQ(Column(R().Alerts().GetAlertsByGroup(0), "AlertType"), QStringLiteral("Mail"));
+  EXPECT_EQ(Column(R().Alerts().GetAlertsByGroup(0), "AlertType"), Q("Mail"));
   EXPECT_TRUE(W().Alerts().RemoveAlert(alert));
   EXPECT_FALSE(W().Alerts().RemoveAlert(alert) || W().Alerts().RenameAlert(alert, kName) ||
                W().Alerts().SetAlertProperties(alert, {}));
@@ -198,8 +219,8 @@ TEST_P(StoreContract, AlertsAreReadAndWritten) {
 }
 
 TEST_P(StoreContract, RemovingAGroupRemovesAllBelowIt) {
-  const qint32 testType = folder_.AddTestType(W(), QStringLiteral("Ping"));
-  const qint32 alertType = folder_.AddAlertType(W(), QStringLiteral("Mail"));
+  const qint32 testType = folder_.AddTestType(W(), Q("Ping"));
+  const qint32 alertType = folder_.AddAlertType(W(), Q("Mail"));
   const qint32 group = W().Groups().AddGroup(kName, {});
   const qint32 server = W().Servers().AddServer(kName, {}, group);
   const qint32 other = W().Servers().AddServer(kName, {}, 0);
@@ -225,7 +246,7 @@ TEST_P(StoreContract, RemovingAGroupRemovesAllBelowIt) {
 }
 
 TEST_P(StoreContract, ATreeReadAheadIsGivenOnceAndOnlyWhileNothingHasChanged) {
-  SqlStores& reader = GetParam() == Engine::TwoUsers ? second_ : writer_;
+  SqlStores& reader = Reader();
   const auto statements = [&] {
     const quint64 before = reader.Statistics().statementsExecuted;
     EXPECT_EQ(reader.Tree().ReadTree().groups.size(),
@@ -244,13 +265,13 @@ TEST_P(StoreContract, ATreeReadAheadIsGivenOnceAndOnlyWhileNothingHasChanged) {
 TEST_P(StoreContract, AnyTextComesBackAsItWasGiven) {
   const QString texts[] = {
       QString(),
-      QStringLiteral("it's \"quoted\"; DROP TABLE groups; -- %1 $1 ?1"),
-      QStringLiteral("line\nline\r\n\ttab"),
-      QStringLiteral("\u05e9\u05dc\u05d5\u05dd \u202eabc\u202c \U0001F600"),
+      Q("it's \"quoted\"; DROP TABLE groups; -- %1 $1 ?1"),
+      Q("line\nline\r\n\ttab"),
+      Q("\u05e9\u05dc\u05d5\u05dd \u202eabc\u202c \U0001F600"),
       QString(10000, QChar(0x20ac)),
-      QStringLiteral("nul") + QChar(0) + QStringLiteral("behind") + QChar(0),
+      Q("nul") + QChar(0) + Q("behind") + QChar(0),
   };
-  const qint32 type = folder_.AddTestType(W(), QStringLiteral("Ping"));
+  const qint32 type = folder_.AddTestType(W(), Q("Ping"));
   const qint32 group = W().Groups().AddGroup({}, {});
   const qint32 server = W().Servers().AddServer({}, {}, 0);
   const qint32 test = W().Tests().AddTest(server, type, {});
@@ -270,18 +291,18 @@ TEST_P(StoreContract, AnyTextComesBackAsItWasGiven) {
     log.MoveNext();
   }
   const qint32 half = W().Groups().AddGroup(QString(QChar(0xd800)), {});
-  EXPECT_EQ(R().Groups().GetGroup(half)->name, QStringLiteral("?"));  // half a character is no text
+  EXPECT_EQ(R().Groups().GetGroup(half)->name, Q("?"));  // half a character is no text
 }
 
 TEST_P(StoreContract, TheLogKeepsOrderTimeAndSeverity) {
   folder_.clock.now = 2000;
-  EXPECT_TRUE(W().Log().AddLog(3, QStringLiteral("late")));
+  EXPECT_TRUE(W().Log().AddLog(3, Q("late")));
   folder_.clock.now = 1000;  // clocks are set back, the order stays
-  EXPECT_TRUE(W().Log().AddLog(1, QStringLiteral("early")));
+  EXPECT_TRUE(W().Log().AddLog(1, Q("early")));
   EXPECT_FALSE(W().Log().AddLog(0, kName) || W().Log().AddLog(4, kName) || W().Log().AddLog(-1, kName));
   RecordSet log = R().Log().GetLogs();
-  EXPECT_EQ(Column(log, "LogDescription"), QStringLiteral("late early"));
-  EXPECT_EQ(Column(log, "IDSeverity"), QStringLiteral("3 1"));
+  EXPECT_EQ(Column(log, "LogDescription"), Q("late early"));
+  EXPECT_EQ(Column(log, "IDSeverity"), Q("3 1"));
   EXPECT_EQ(log.Value("LogDate").toDateTime(), QDateTime::fromMSecsSinceEpoch(2000));
   EXPECT_TRUE(W().Log().ClearLogs());
   EXPECT_TRUE(R().Log().GetLogs().Eof());
@@ -292,12 +313,12 @@ TEST_P(StoreContract, WithoutAServiceNothingIsDone) {
   EXPECT_EQ(R().System().GetServiceState(), -1);
   EXPECT_FALSE(W().System().StartService() || W().System().StopService());
   EXPECT_FALSE(W().Groups().CheckGroup(0) || W().Servers().CheckServer(server) || W().Tests().CheckTest(1));
-  EXPECT_EQ(R().Install().GetInstallPath(), folder_.Path(QStringLiteral("app")));
+  EXPECT_EQ(R().Install().GetInstallPath(), folder_.Path(Q("app")));
 }
 
 TEST_P(StoreContract, TheTreeIsWhatTheFiveQueriesGive) {
-  const qint32 testType = folder_.AddTestType(W(), QStringLiteral("Ping"));
-  const qint32 alertType = folder_.AddAlertType(W(), QStringLiteral("Mail"));
+  const qint32 testType = folder_.AddTestType(W(), Q("Ping"));
+  const qint32 alertType = folder_.AddAlertType(W(), Q("Mail"));
   std::vector<qint32> groups{0};
   for (const char* name : {"b", "a", "a"}) groups.push_back(W().Groups().AddGroup(QString::fromLatin1(name), {}));
   for (const char* name : {"y", "x", "x"}) {

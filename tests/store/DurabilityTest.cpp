@@ -15,7 +15,7 @@ namespace {
   SqlStores stores(folder.Setup());
   for (;;) {
     try {
-      const qint32 id = stores.Servers().AddServer(QString(500, u'x'), QStringLiteral("10.0.0.1"), 0);
+      const qint32 id = stores.Servers().AddServer(QString(500, u'x'), Q("10.0.0.1"), 0);
       if (id < 1 || ::write(pipe, &id, sizeof id) != sizeof id) ::_exit(1);
       if (id % 3 == 0 && !stores.Log().AddLog(1, QString::number(id))) ::_exit(1);
     } catch (...) {
@@ -49,9 +49,9 @@ TEST(DurabilityTest, AKilledProgramLosesNothingThatItReported) {
     RecordSet servers = stores.Servers().GetServersByGroup(0);
     EXPECT_GE(servers.RowCount(), static_cast<std::size_t>(last));
     EXPECT_LE(servers.RowCount(), static_cast<std::size_t>(last) + 1);
-    servers.Find(QStringLiteral("[IDServer] = %1").arg(last));
+    servers.Find(Q("[IDServer] = %1").arg(last));
     EXPECT_FALSE(servers.Eof());
-    EXPECT_EQ(AskSql(folder.StorePath(), "PRAGMA integrity_check"), QStringLiteral("ok"));
+    EXPECT_EQ(AskSql(folder.StorePath(), "PRAGMA integrity_check"), Q("ok"));
     EXPECT_EQ(AskSql(folder.StorePath(), "PRAGMA foreign_key_check"), QString());
     last = static_cast<qint32>(servers.RowCount());
   }
@@ -60,8 +60,8 @@ TEST(DurabilityTest, AKilledProgramLosesNothingThatItReported) {
 class StatementCounts : public ::testing::TestWithParam<int> {
  protected:
   StatementCounts() {
-    const qint32 type = folder_.AddTestType(stores_, QStringLiteral("Ping"));
-    const qint32 group = stores_.Groups().AddGroup(QStringLiteral("g"), {});
+    const qint32 type = folder_.AddTestType(stores_, Q("Ping"));
+    const qint32 group = stores_.Groups().AddGroup(Q("g"), {});
     for (int i = 0; i < GetParam(); ++i) {
       servers_.push_back(stores_.Servers().AddServer(QString::number(i), {}, group));
       EXPECT_GT(stores_.Tests().AddTest(servers_.back(), type, {}), 0);

@@ -4,6 +4,7 @@
 
 #include "store/RecordSet.h"
 #include "store/StoreError.h"
+#include "support/Text.h"
 
 namespace quarl::store {
 namespace {
@@ -35,7 +36,7 @@ TEST(RecordSetTest, FindGoesForwardToTheFirstMatchOrToTheEnd) {
   }
   RecordSet set = ThreeRows();
   set.MoveNext();
-  set.Find(QStringLiteral("[IDTest] = 7"));
+  set.Find(Q("[IDTest] = 7"));
   EXPECT_TRUE(set.Eof());
 }
 
@@ -57,13 +58,13 @@ TEST(RecordSetTest, ReadingWhereNothingIsIsAnError) {
   EXPECT_THROW(set.Integer(1), StoreError);
   EXPECT_THROW(set.Utf8(0), StoreError);
   EXPECT_FALSE(set.Value("LastExecution").isValid());
-  set.Find(QStringLiteral("[IDTest] = 0"));
+  set.Find(Q("[IDTest] = 0"));
   EXPECT_THROW(set.MoveNext(), StoreError);
   EXPECT_THROW(set.Value("IDTest"), StoreError);
   set.Close();
   set.Close();
   EXPECT_THROW(set.Eof(), StoreError);
-  EXPECT_THROW(set.Find(QStringLiteral("[IDTest] = 7")), StoreError);
+  EXPECT_THROW(set.Find(Q("[IDTest] = 7")), StoreError);
 }
 
 }  // namespace

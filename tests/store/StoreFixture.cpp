@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <array>
 
 namespace quarl::store {
 
@@ -14,9 +15,7 @@ StoreFolder::StoreFolder() {
 
 SqlSetup StoreFolder::Setup(const StoreLocation& location) const {
   SqlSetup setup{location, Paths(), {}, nullptr, &clock};
-  setup.inspector = [](const QString& path) {
-    return BytesOf(path).startsWith("MODULE") ? QString() : QStringLiteral("no module");
-  };
+  setup.inspector = [](const QString& path) { return BytesOf(path).startsWith("MODULE") ? QString() : Q("no module"); };
   setup.busyTimeoutMs = 50;
   return setup;
 }
@@ -31,22 +30,32 @@ QString StoreFolder::Write(const QString& name, const QByteArray& content) const
 }
 
 qint32 StoreFolder::AddTestType(Stores& stores, const QString& name) const {
-  const QString module = Write(QStringLiteral("from/%1.dll").arg(name), "MODULE " + name.toUtf8());
+  const QString module = Write(Q("from/%1.dll").arg(name), "MODULE " + name.toUtf8());
   EXPECT_TRUE(stores.System().AddTestType(module, name));
   return Column(stores.System().GetTestTypes(), "IDTestType").split(u' ').last().toInt();
 }
 
 qint32 StoreFolder::AddAlertType(Stores& stores, const QString& name) const {
-  const QString module = Write(QStringLiteral("from/%1.dll").arg(name), "MODULE " + name.toUtf8());
+  const QString module = Write(Q("from/%1.dll").arg(name), "MODULE " + name.toUtf8());
   EXPECT_TRUE(stores.System().AddAlertType(module, name));
   return Column(stores.System().GetAlertTypes(), "IDAlertType").split(u' ').last().toInt();
+}
+
+EngineTest::EngineTest()
+    : writer_(folder_.Setup(GetParam() == Engine::Memory ? StoreLocation::InMemory()
+                                                         : StoreLocation::File(folder_.StorePath()))),
+      second_(folder_.Setup()) {}
+
+std::string EngineTest::NameOf(const ::testing::TestParamInfo<Engine>& engine) {
+  constexpr std::array kNames{"Memory", "File", "TwoUsers"};
+  return kNames.at(static_cast<std::size_t>(engine.param));
 }
 
 QString Column(RecordSet rows, const char* field) {
   QStringList values;
   for (; !rows.Eof(); rows.MoveNext()) {
     const QVariant value = rows.Value(field);
-    values.append(value.isValid() ? value.toString() : QStringLiteral("-"));
+    values.append(value.isValid() ? value.toString() : Q("-"));
   }
   return values.join(u' ');
 }
@@ -75,6 +84,17 @@ QString AskSql(const QString& path, const QByteArray& sql) {
   sqlite3_free(message);
   sqlite3_close(handle);
   return value;
+}
+
+void Patch(const QString& path, qint64 at, const QByteArray& bytes) {
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(at));
+  ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+qint64 PlaceOfLog(const QString& path) {
+  const int page = AskSql(path, "SELECT rootpage FROM sqlite_schema WHERE name = 'log_records'").toInt();
+  return (page - 1) * qint64{4096};
 }
 
 QString ErrorOf(const std::function<void()>& operation) {

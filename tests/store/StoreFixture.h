@@ -4,10 +4,10 @@
 
 #include <QTemporaryDir>
 #include <functional>
-#include <memory>
 
 #include "base/Clock.h"
 #include "store/sql/SqlStores.h"
+#include "support/Text.h"
 
 namespace quarl::store {
 
@@ -22,10 +22,10 @@ class StoreFolder {
  public:
   StoreFolder();
   QString Path(const QString& name) const { return folder_.filePath(name); }
-  QString StorePath() const { return Path(QStringLiteral("quarl.db")); }
+  QString StorePath() const { return Path(Q("quarl.db")); }
   SqlSetup Setup(const StoreLocation& location) const;
   SqlSetup Setup() const { return Setup(StoreLocation::File(StorePath())); }
-  InstallPaths Paths() const { return InstallPaths(Path(QStringLiteral("app"))); }
+  InstallPaths Paths() const { return InstallPaths(Path(Q("app"))); }
   /// Writes a file, in folders that are made, and gives its path.
   QString Write(const QString& name, const QByteArray& content) const;
   /// Installs a type whose module lies in no module folder yet; the type's id.
@@ -38,6 +38,23 @@ class StoreFolder {
   QTemporaryDir folder_;
 };
 
+/// What a store lies in, and whether what one user writes is read by another.
+enum class Engine { Memory, File, TwoUsers };
+
+/// Tests that hold over every engine.
+class EngineTest : public ::testing::TestWithParam<Engine> {
+ public:
+  static std::string NameOf(const ::testing::TestParamInfo<Engine>& engine);
+
+ protected:
+  EngineTest();
+  /// The one who reads what writer_ wrote.
+  SqlStores& Reader() { return GetParam() == Engine::TwoUsers ? second_ : writer_; }
+
+  StoreFolder folder_;
+  SqlStores writer_, second_;
+};
+
 /// The values of a field, row by row, joined by blanks; "-" for Null. Rows from the cursor's place on.
 QString Column(RecordSet rows, const char* field);
 QByteArray BytesOf(const QString& path);
@@ -45,6 +62,10 @@ QByteArray BytesOf(const QString& path);
 void RunSql(const QString& path, const QByteArray& sql);
 /// The first value of a query on a store file.
 QString AskSql(const QString& path, const QByteArray& sql);
+/// Writes over a part of a file.
+void Patch(const QString& path, qint64 at, const QByteArray& bytes);
+/// Where a store file has the records of its log, which neither the tree nor a list of groups reads.
+qint64 PlaceOfLog(const QString& path);
 /// The text of the StoreError that an operation throws; "" when it throws none.
 QString ErrorOf(const std::function<void()>& operation);
 

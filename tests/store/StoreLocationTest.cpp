@@ -13,9 +13,9 @@ QString Outcome(const StoreFolder& folder, const QString& configFile) {
   try {
     text = StoreLocation::FromEnvironment(configFile).Text();
   } catch (const StoreError& error) {
-    text = QStringLiteral("error: ") + error.Description();
+    text = Q("error: ") + error.Description();
   }
-  return text.replace(folder.Path(QString()), QStringLiteral("{dir}"));
+  return text.replace(folder.Path(QString()), Q("{dir}"));
 }
 
 TEST(StoreLocationTest, ComesFromTheVariableThenTheFileThenTheDataFolder) {
@@ -24,7 +24,7 @@ TEST(StoreLocationTest, ComesFromTheVariableThenTheFileThenTheDataFolder) {
     qunsetenv("QUARL_STORE");
     qputenv("XDG_DATA_HOME", data);
   });
-  qputenv("XDG_DATA_HOME", QFile::encodeName(folder.Path(QStringLiteral("data"))));
+  qputenv("XDG_DATA_HOME", QFile::encodeName(folder.Path(Q("data"))));
   const struct {
     const char* variable;
     const char* file;  // null: missing
@@ -45,18 +45,17 @@ TEST(StoreLocationTest, ComesFromTheVariableThenTheFileThenTheDataFolder) {
        "store = ", "error: {dir}/store.conf, line 1: \"\" is no location of a store, which is written sqlite:/path."},
       {"", "store = sqlite:/a\nstore = sqlite:/b", "error: {dir}/store.conf, line 2: the store is set a second time."},
   };
-  const QString config = folder.Path(QStringLiteral("store.conf"));
+  const QString config = folder.Path(Q("store.conf"));
   for (const auto& row : rows) {
     qputenv("QUARL_STORE", row.variable);
     QFile::remove(config);
-    if (row.file) folder.Write(QStringLiteral("store.conf"), row.file);
+    if (row.file) folder.Write(Q("store.conf"), row.file);
     EXPECT_EQ(Outcome(folder, config).toStdString(), row.outcome);
   }
 }
 
 TEST(StoreLocationTest, RelativePathsOfTheVariableBeginAtTheCurrentFolder) {
-  EXPECT_EQ(StoreLocation::Parse(QStringLiteral("sqlite:x.db"), QDir::currentPath()).path,
-            QDir::currentPath() + QStringLiteral("/x.db"));
+  EXPECT_EQ(StoreLocation::Parse(Q("sqlite:x.db"), QDir::currentPath()).path, QDir::currentPath() + Q("/x.db"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <unordered_map>
 
 #include "store/sql/Rows.h"
+#include "store/sql/Schedules.h"
 
 namespace quarl::store::sql {
 namespace {
@@ -12,11 +13,6 @@ std::vector<TypeConfiguration> ReadTypes(Connection& connection, const char* sql
   Query query(connection, sql);
   while (query.Next()) types.push_back({query.Int32(0), query.Text(1), query.Text(2)});
   return types;
-}
-
-std::optional<ScheduleRecord> OptionalSchedule(Query& query, int column) {
-  if (query.IsNull(column)) return std::nullopt;
-  return ScheduleOf(query, column);
 }
 
 /// Fills a configuration from the top down; the addresses of groups and servers stay as they are below their level.
@@ -31,7 +27,7 @@ class Reader {
                 " s.delta_type FROM groups g LEFT JOIN group_schedules s ON s.id_group = g.id_group"
                 " ORDER BY g.name, g.id_group DESC");
     while (query.Next()) {
-      GroupConfiguration group{query.Int32(0), query.Text(1), query.Text(2), OptionalSchedule(query, 3), {}, {}};
+      GroupConfiguration group{query.Int32(0), query.Text(1), query.Text(2), ScheduleIn(query, 3), {}, {}};
       if (group.id == 0) {
         configuration_.root = std::move(group);
       } else {
@@ -54,7 +50,7 @@ class Reader {
       server.name = query.Text(2);
       server.ipAddress = query.Text(3);
       if (!query.IsNull(4)) server.failThreshold = query.Int16(4);
-      server.schedule = OptionalSchedule(query, 5);
+      server.schedule = ScheduleIn(query, 5);
       OwnerIn(groups_, query.Int32(0)).servers.push_back(std::move(server));
     }
     for (const auto& [id, group] : groups_) {

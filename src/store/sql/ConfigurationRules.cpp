@@ -4,7 +4,7 @@
 
 #include "store/StoreError.h"
 #include "store/sql/ModuleInstaller.h"
-#include "store/sql/Rows.h"
+#include "store/sql/Schedules.h"
 
 namespace quarl::store::sql {
 namespace {

@@ -1,11 +1,10 @@
 #include "store/sql/ConfigurationWriter.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "store/sql/ConfigurationReader.h"
 #include "store/sql/Rows.h"
-#include "store/sql/SqlGroupStore.h"
-#include "store/sql/SqlServerStore.h"
 
 namespace quarl::store::sql {
 
@@ -152,15 +151,7 @@ void ConfigurationWriter::WriteGroup(const GroupConfiguration& group, const Plac
   } else if (before->record.name != group.name || before->record.description != group.description) {
     Do("UPDATE groups SET name = $1, description = $2 WHERE id_group = $3", group.name, group.description, id);
   }
-  const auto schedule = before ? before->record.schedule : std::nullopt;
-  if (schedule != group.schedule) {
-    if (group.schedule) {
-      std::ignore = PutGroupSchedule(connection_, id, *group.schedule);
-      changed_ = true;
-    } else {
-      Do("DELETE FROM group_schedules WHERE id_group = $1", id);
-    }
-  }
+  WriteSchedule(ScheduleOwner::Group, id, before ? before->record.schedule : std::nullopt, group.schedule);
   WriteContent(group, id);
 }
 
@@ -181,17 +172,17 @@ void ConfigurationWriter::WriteServer(const ServerConfiguration& server, qint32 
     Do("UPDATE servers SET id_group = $1, name = $2, ip_address = $3, fail_threshold = $4 WHERE id_server = $5",
        idGroup, server.name, server.ipAddress, server.failThreshold, id);
   }
-  const auto schedule = before ? before->record.schedule : std::nullopt;
-  if (schedule != server.schedule) {
-    if (server.schedule) {
-      std::ignore = PutServerSchedule(connection_, id, *server.schedule);
-      changed_ = true;
-    } else {
-      Do("DELETE FROM server_schedules WHERE id_server = $1", id);
-    }
-  }
+  WriteSchedule(ScheduleOwner::Server, id, before ? before->record.schedule : std::nullopt, server.schedule);
   for (const TestConfiguration& test : server.tests) WriteTest(test, id);
   WriteAlerts(server.alerts, {std::nullopt, id});
+}
+
+void ConfigurationWriter::WriteSchedule(ScheduleOwner owner, qint32 id, const std::optional<ScheduleRecord>& before,
+                                        const std::optional<ScheduleRecord>& schedule) {
+  if (before == schedule) return;
+  const bool changed =
+      schedule ? PutSchedule(connection_, owner, id, *schedule) : RemoveSchedule(connection_, owner, id);
+  changed_ = changed_ || changed;
 }
 
 void ConfigurationWriter::WriteTest(const TestConfiguration& test, qint32 idServer) {
@@ -210,6 +201,9 @@ void ConfigurationWriter::WriteAlerts(const std::vector<AlertConfiguration>& ale
   for (const AlertConfiguration& alert : alerts) {
     const auto* before = alert.id > 0 ? Keep(alerts_, alert.id) : nullptr;
     const bool inPlace = before && before->owner == owner && before->position > last;
+    if (!inPlace && last == std::numeric_limits<qint64>::max()) {
+      throw StoreError(QStringLiteral("The store has no place left behind the last alert of a group or server."));
+    }
     last = inPlace ? before->position : last + 1;
     if (!before) {
       Do("INSERT INTO alerts (id_alert, id_group, id_server, position, id_alert_type, name, properties)"

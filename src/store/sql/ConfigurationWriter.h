@@ -5,6 +5,7 @@
 
 #include "store/Configuration.h"
 #include "store/sql/Connection.h"
+#include "store/sql/Schedules.h"
 
 namespace quarl::store::sql {
 
@@ -41,6 +42,9 @@ class ConfigurationWriter {
   void WriteGroup(const GroupConfiguration& group, const Placed<GroupConfiguration>* before);
   void WriteContent(const GroupConfiguration& group, qint32 idGroup);
   void WriteServer(const ServerConfiguration& server, qint32 idGroup);
+  /// @param before the stored one.
+  void WriteSchedule(ScheduleOwner owner, qint32 id, const std::optional<ScheduleRecord>& before,
+                     const std::optional<ScheduleRecord>& schedule);
   void WriteTest(const TestConfiguration& test, qint32 idServer);
   void WriteAlerts(const std::vector<AlertConfiguration>& alerts, const Owner& owner);
   template <typename Record>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "store/sql/Connection.h"
@@ -32,7 +33,12 @@ class Dialect {
   /// Opens a store after checking that it is one, whole and not newer than this program, and changes nothing of one
   /// that is not. A new one is empty. Throws SqlError.
   virtual std::unique_ptr<Connection> Open(Missing missing) = 0;
-  /// Brings a connection to a store of this version into its working mode.
+  /// The same for a store of this version without looking at its content, for reading until Settle(); closed without
+  /// that, the store stays as it is. None where a store has to be opened in full.
+  virtual std::unique_ptr<Connection> OpenUnchecked() { return nullptr; }
+  /// Checks the content of the store through a connection of its own, whatever thread asks. Throws SqlError.
+  virtual void CheckStore() const {}
+  /// Brings a connection to a checked store of this version into its working mode.
   virtual void Settle(Connection& connection) = 0;
   /// Version of the schema; 0 for an empty store. SetVersion() is part of the running transaction.
   virtual int Version(Connection& connection) = 0;
@@ -44,10 +50,13 @@ class Dialect {
   virtual void Backup(Connection& connection, const QString& path, bool replace) = 0;
   /// Throws SqlError for a file that is no whole backup of a store, or whose configuration cannot be read.
   virtual void CheckBackup(const QString& path) = 0;
-  /// Gives the store the content of a checked backup in one transaction. Throws SqlError.
-  virtual void Restore(Connection& connection, const QString& path) = 0;
-  /// The same for a damaged store, which is put aside under another name beside it.
-  virtual void RestoreDamaged(const QString& path) = 0;
+  using CopyChange = std::function<void(Connection&)>;
+  /// Gives the store the content of a checked backup, as it is after a change of a copy, in one transaction. Throws
+  /// SqlError.
+  virtual void Restore(Connection& connection, const QString& path, const CopyChange& change) = 0;
+  /// The same for a damaged store, whose file is put aside under another name beside it: at every moment there is a
+  /// file under the store's name.
+  virtual void RestoreDamaged(const QString& path, const CopyChange& change) = 0;
 };
 
 /// The dialect for the store of a setup.

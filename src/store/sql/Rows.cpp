@@ -48,36 +48,4 @@ qint32 NextId(Connection& connection, const char* sequence) {
   return query.Next() ? query.Int32(0) : 0;
 }
 
-ScheduleRecord ScheduleOf(Query& query, int column) {
-  ScheduleRecord schedule;
-  schedule.enabled = query.Integer(column) != 0;
-  if (!query.IsNull(column + 1)) {
-    const QString text = query.Text(column + 1);
-    schedule.startDate = QDate::fromString(text, Qt::ISODate);
-    if (!schedule.startDate.isValid()) ThrowDamaged(QStringLiteral("\"%1\" is no date").arg(text.left(40)));
-  }
-  if (!query.IsNull(column + 2)) {
-    const QString text = query.Text(column + 2);
-    schedule.startTime = QTime::fromString(text, Qt::ISODateWithMs);
-    if (!schedule.startTime.isValid()) ThrowDamaged(QStringLiteral("\"%1\" is no time of day").arg(text.left(40)));
-  }
-  schedule.deltaTime = query.Int16(column + 3);
-  schedule.deltaType = query.Int16(column + 4);
-  return schedule;
-}
-
-std::optional<QString> DateColumn(const ScheduleRecord& schedule) {
-  if (!schedule.startDate.isValid()) return std::nullopt;
-  return schedule.startDate.toString(Qt::ISODate);
-}
-
-std::optional<QString> TimeColumn(const ScheduleRecord& schedule) {
-  if (!schedule.startTime.isValid()) return std::nullopt;
-  return schedule.startTime.toString(schedule.startTime.msec() == 0 ? Qt::ISODate : Qt::ISODateWithMs);
-}
-
-bool IsStorable(const ScheduleRecord& schedule) {
-  return !schedule.startDate.isValid() || (schedule.startDate.year() >= 1 && schedule.startDate.year() <= 9999);
-}
-
 }  // namespace quarl::store::sql

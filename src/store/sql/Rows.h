@@ -2,7 +2,6 @@
 
 #include <initializer_list>
 
-#include "base/ScheduleRecord.h"
 #include "store/sql/Connection.h"
 
 namespace quarl::store::sql {
@@ -32,13 +31,5 @@ std::optional<QString> FetchText(Connection& connection, std::string_view sql, c
 
 /// The next id of a sequence; 0 when all are used up. Ids are never given twice.
 qint32 NextId(Connection& connection, const char* sequence);
-
-/// Five columns from the given one on: enabled, start date, start time, delta time, delta type.
-ScheduleRecord ScheduleOf(Query& query, int column);
-/// Dates and times as they are stored; an unset one is Null.
-std::optional<QString> DateColumn(const ScheduleRecord& schedule);
-std::optional<QString> TimeColumn(const ScheduleRecord& schedule);
-/// False for a start date outside the years 1 to 9999, which cannot be stored.
-bool IsStorable(const ScheduleRecord& schedule);
 
 }  // namespace quarl::store::sql

@@ -4,9 +4,16 @@
 #include <array>
 
 #include "store/sql/SqlError.h"
+#include "store/sql/SqlText.h"
 
 namespace quarl::store::sql {
 namespace {
+
+constexpr const char* kScheduleColumns = R"sql(enabled INTEGER NOT NULL CHECK (enabled IN (0, 1)),
+  start_date %text%,
+  start_time %text%,
+  delta_time INTEGER NOT NULL CHECK (delta_time BETWEEN -32768 AND 32767),
+  delta_type INTEGER NOT NULL CHECK (delta_type BETWEEN -32768 AND 32767))sql";
 
 // %text%, %opaque%, %number64%, %row_id% and %end% are the dialect's words.
 constexpr const char* kTables = R"sql(
@@ -44,11 +51,7 @@ CREATE TABLE groups (
 )%end%;
 CREATE TABLE group_schedules (
   id_group INTEGER NOT NULL PRIMARY KEY REFERENCES groups ON DELETE CASCADE,
-  enabled INTEGER NOT NULL CHECK (enabled IN (0, 1)),
-  start_date %text%,
-  start_time %text%,
-  delta_time INTEGER NOT NULL CHECK (delta_time BETWEEN -32768 AND 32767),
-  delta_type INTEGER NOT NULL CHECK (delta_type BETWEEN -32768 AND 32767)
+  %schedule%
 )%end%;
 CREATE TABLE servers (
   id_server INTEGER NOT NULL PRIMARY KEY CHECK (id_server BETWEEN 1 AND 2147483647),
@@ -59,11 +62,7 @@ CREATE TABLE servers (
 )%end%;
 CREATE TABLE server_schedules (
   id_server INTEGER NOT NULL PRIMARY KEY REFERENCES servers ON DELETE CASCADE,
-  enabled INTEGER NOT NULL CHECK (enabled IN (0, 1)),
-  start_date %text%,
-  start_time %text%,
-  delta_time INTEGER NOT NULL CHECK (delta_time BETWEEN -32768 AND 32767),
-  delta_type INTEGER NOT NULL CHECK (delta_type BETWEEN -32768 AND 32767)
+  %schedule%
 )%end%;
 CREATE TABLE server_states (
   id_server INTEGER NOT NULL PRIMARY KEY REFERENCES servers ON DELETE CASCADE,
@@ -123,23 +122,70 @@ INSERT INTO severities (id_severity, name) VALUES (1, 'information'), (2, 'warni
 INSERT INTO groups (id_group, name, description) VALUES (0, '', '');
 )sql";
 
+// What the monitoring service keeps here. None of it is configuration.
+constexpr const char* kServiceTables = R"sql(
+ALTER TABLE test_results ADD COLUMN performance %opaque% NOT NULL DEFAULT '';
+ALTER TABLE test_results ADD COLUMN failed INTEGER NOT NULL DEFAULT 0 CHECK (failed IN (0, 1));
+ALTER TABLE test_results ADD COLUMN since_ms %number64% NOT NULL DEFAULT 0;
+ALTER TABLE server_states ADD COLUMN failed INTEGER NOT NULL DEFAULT 0 CHECK (failed IN (0, 1));
+ALTER TABLE server_states ADD COLUMN since_ms %number64% NOT NULL DEFAULT 0;
+CREATE TABLE settings (
+  name %text% NOT NULL PRIMARY KEY,
+  value %number64% NOT NULL
+)%end%;
+CREATE TABLE service_instance (
+  id INTEGER NOT NULL PRIMARY KEY CHECK (id = 1),
+  instance_id %text% NOT NULL,
+  host %text% NOT NULL,
+  machine %text% NOT NULL,
+  boot %text% NOT NULL,
+  scope %text% NOT NULL,
+  pid %number64% NOT NULL,
+  start_ticks %number64% NOT NULL,
+  started_ms %number64% NOT NULL,
+  beat_ms %number64% NOT NULL,
+  state INTEGER NOT NULL CHECK (state BETWEEN 1 AND 7)
+)%end%;
+CREATE TABLE check_requests (
+  id_request INTEGER NOT NULL PRIMARY KEY CHECK (id_request BETWEEN 1 AND 2147483647),
+  id_group INTEGER REFERENCES groups ON DELETE CASCADE,
+  id_server INTEGER REFERENCES servers ON DELETE CASCADE,
+  id_test INTEGER REFERENCES tests ON DELETE CASCADE,
+  requested_ms %number64% NOT NULL,
+  answered INTEGER NOT NULL DEFAULT 0 CHECK (answered IN (0, 1))
+)%end%;
+CREATE TABLE outbox (
+  id_message INTEGER NOT NULL PRIMARY KEY CHECK (id_message BETWEEN 1 AND 2147483647),
+  id_alert INTEGER NOT NULL,
+  alert_name %text% NOT NULL,
+  id_server INTEGER NOT NULL,
+  server_name %text% NOT NULL,
+  address %text% NOT NULL,
+  thread %text% NOT NULL,
+  subject %opaque% NOT NULL,
+  body %opaque% NOT NULL,
+  recovery INTEGER NOT NULL CHECK (recovery IN (0, 1)),
+  group_name %text% NOT NULL,
+  test_name %text% NOT NULL,
+  result_text %text% NOT NULL,
+  outage_since_ms %number64% NOT NULL,
+  created_ms %number64% NOT NULL,
+  not_before_ms %number64% NOT NULL,
+  attempts INTEGER NOT NULL DEFAULT 0,
+  claimed INTEGER NOT NULL DEFAULT 0 CHECK (claimed IN (0, 1))
+)%end%;
+CREATE INDEX outbox_order ON outbox (id_alert, thread, id_message);
+INSERT INTO sequences (name, last_id) VALUES ('messages', 0), ('requests', 0);
+INSERT INTO settings (name, value) VALUES ('log_retention', 10000);
+)sql";
+
 // What a change of the configuration is. Results, states and the log are none.
 constexpr std::array kConfiguration = {"groups", "group_schedules", "servers",    "server_schedules",
                                        "tests",  "alerts",          "test_types", "alert_types"};
 
-using Places = std::initializer_list<std::pair<std::string_view, std::string_view>>;
-
-std::string Filled(std::string text, Places places) {
-  for (const auto& [place, word] : places) {
-    for (auto at = text.find(place); at != std::string::npos; at = text.find(place, at + word.size())) {
-      text.replace(at, place.size(), word);
-    }
-  }
-  return text;
-}
-
 std::string InWordsOf(const char* sql, const SchemaWords& words) {
-  return Filled(sql, {{"%text%", words.text},
+  return Filled(sql, {{"%schedule%", kScheduleColumns},
+                      {"%text%", words.text},
                       {"%opaque%", words.opaque},
                       {"%number64%", words.number64},
                       {"%row_id%", words.rowId},
@@ -163,28 +209,32 @@ void ToVersion1(Connection& connection, const SchemaWords& words) {
   CountChanges(connection, words);
 }
 
+void ToVersion2(Connection& connection, const SchemaWords& words) {
+  connection.Execute(InWordsOf(kServiceTables, words));
+}
+
 using Step = void (*)(Connection&, const SchemaWords&);
 // The step at place n brings a store from version n to version n + 1. A step, once released, is never changed.
-constexpr std::array<Step, kSchemaVersion> kSteps = {&ToVersion1};
+constexpr std::array<Step, kSchemaVersion> kSteps = {&ToVersion1, &ToVersion2};
 
 }  // namespace
 
-void Migrate(Connection& connection, Dialect& dialect) {
-  if (dialect.Version(connection) == kSchemaVersion) return;
+void Migrate(Connection& connection, Dialect& dialect, int wanted) {
+  if (dialect.Version(connection) == wanted) return;
   Transaction transaction(connection, Connection::Access::Write);
   const int version = dialect.Version(connection);  // another program may have been faster
-  if (version > kSchemaVersion || version < 0) {
+  if (version > wanted || version < 0) {
     throw SqlError(Fault::Foreign,
                    QStringLiteral("The store %1 is of version %2, this program knows versions up to %3.")
                        .arg(dialect.Name())
                        .arg(version)
-                       .arg(kSchemaVersion));
+                       .arg(wanted));
   }
   const SchemaWords words = dialect.Words();
-  for (auto step = static_cast<std::size_t>(version); step < kSteps.size(); ++step) {
+  for (auto step = static_cast<std::size_t>(version); step < static_cast<std::size_t>(wanted); ++step) {
     kSteps[step](connection, words);
   }
-  dialect.SetVersion(connection, kSchemaVersion);
+  dialect.SetVersion(connection, wanted);
   transaction.Commit();
 }
 

@@ -5,9 +5,10 @@
 namespace quarl::store::sql {
 
 /// Version of the schema that this program writes; it reads this one and all before it.
-inline constexpr int kSchemaVersion = 1;
+inline constexpr int kSchemaVersion = 2;
 
-/// Brings a store to kSchemaVersion, in one transaction; an empty one is filled. Throws SqlError.
-void Migrate(Connection& connection, Dialect& dialect);
+/// Brings a store to a version, in one transaction; an empty one is filled. Throws SqlError, also for a store that is
+/// newer.
+void Migrate(Connection& connection, Dialect& dialect, int version = kSchemaVersion);
 
 }  // namespace quarl::store::sql

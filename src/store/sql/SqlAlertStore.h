@@ -22,6 +22,7 @@ class SqlAlertStore final : public AlertStore {
  private:
   struct Owner;
   qint32 Add(const Owner& owner, qint32 idAlertType, const QString& properties);
+  RecordSet List(const Owner& owner);
   Database& database_;
 };
 

@@ -14,6 +14,8 @@ bool TakeIds(Connection& connection, const QString& storeId) {
   if (Change(connection, "UPDATE store_properties SET store_id = $1 WHERE store_id <> $1", storeId) == 0) return false;
   std::ignore = Change(connection, "DELETE FROM test_results");
   std::ignore = Change(connection, "DELETE FROM server_states");
+  std::ignore = Change(connection, "DELETE FROM check_requests");
+  std::ignore = Change(connection, "DELETE FROM outbox");
   return true;
 }
 

@@ -1,6 +1,7 @@
 #include "store/sql/SqlGroupStore.h"
 
 #include "store/sql/Rows.h"
+#include "store/sql/Schedules.h"
 
 namespace quarl::store::sql {
 namespace {
@@ -8,17 +9,6 @@ namespace {
 constexpr qint32 kRootGroup = 0;
 
 }  // namespace
-
-bool PutGroupSchedule(Connection& connection, qint32 idGroup, const ScheduleRecord& schedule) {
-  return Change(connection,
-                "INSERT INTO group_schedules (id_group, enabled, start_date, start_time, delta_time, delta_type)"
-                " SELECT $1, $2, $3, $4, $5, $6 FROM groups WHERE id_group = $1 ON CONFLICT (id_group) DO UPDATE "
-                "SET enabled = excluded.enabled,"
-                " start_date = excluded.start_date, start_time = excluded.start_time, delta_time = excluded.delta_time,"
-                " delta_type = excluded.delta_type",
-                idGroup, schedule.enabled, DateColumn(schedule), TimeColumn(schedule), schedule.deltaTime,
-                schedule.deltaType) > 0;
-}
 
 qint32 SqlGroupStore::AddGroup(const QString& name, const QString& description) {
   return database_.Write([&](Connection& connection) {
@@ -36,8 +26,8 @@ bool SqlGroupStore::RemoveGroup(qint32 idGroup) {
   });
 }
 
-bool SqlGroupStore::CheckGroup(qint32 /*idGroup*/) {
-  return false;  // no service takes the request
+bool SqlGroupStore::CheckGroup(qint32 idGroup) {
+  return requests_.RunGroup(idGroup);
 }
 
 RecordSet SqlGroupStore::GetGroups(qint32 /*idGroup*/) {
@@ -64,19 +54,14 @@ bool SqlGroupStore::UpdateGroup(qint32 idGroup, const QString& name, const QStri
 }
 
 std::optional<ScheduleRecord> SqlGroupStore::ReadSchedule(qint32 idGroup) {
-  return database_.Read([&](Connection& connection) -> std::optional<ScheduleRecord> {
-    Query query(connection,
-                "SELECT enabled, start_date, start_time, delta_time, delta_type FROM group_schedules"
-                " WHERE id_group = $1",
-                idGroup);
-    if (!query.Next()) return std::nullopt;
-    return ScheduleOf(query, 0);
-  });
+  return database_.Read(
+      [&](Connection& connection) { return sql::ReadSchedule(connection, ScheduleOwner::Group, idGroup); });
 }
 
 bool SqlGroupStore::WriteSchedule(qint32 idGroup, const ScheduleRecord& schedule) {
-  return database_.Write(
-      [&](Connection& connection) { return IsStorable(schedule) && PutGroupSchedule(connection, idGroup, schedule); });
+  return database_.Write([&](Connection& connection) {
+    return IsStorable(schedule) && PutSchedule(connection, ScheduleOwner::Group, idGroup, schedule);
+  });
 }
 
 std::optional<ScheduleRecord> SqlGroupStore::GetGroupSchedule(qint32 idGroup) {

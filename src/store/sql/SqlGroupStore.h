@@ -1,13 +1,14 @@
 #pragma once
 
 #include "store/GroupStore.h"
+#include "store/sql/CheckRequests.h"
 #include "store/sql/Database.h"
 
 namespace quarl::store::sql {
 
 class SqlGroupStore final : public GroupStore {
  public:
-  explicit SqlGroupStore(Database& database) : database_(database) {}
+  SqlGroupStore(Database& database, CheckRequests& requests) : database_(database), requests_(requests) {}
   qint32 AddGroup(const QString& name, const QString& description) override;
   bool RemoveGroup(qint32 idGroup) override;
   bool CheckGroup(qint32 idGroup) override;
@@ -23,9 +24,7 @@ class SqlGroupStore final : public GroupStore {
   std::optional<ScheduleRecord> ReadSchedule(qint32 idGroup);
   bool WriteSchedule(qint32 idGroup, const ScheduleRecord& schedule);
   Database& database_;
+  CheckRequests& requests_;
 };
-
-/// Writes the schedule of a group or of the root group. False: no such group.
-bool PutGroupSchedule(Connection& connection, qint32 idGroup, const ScheduleRecord& schedule);
 
 }  // namespace quarl::store::sql

@@ -1,19 +1,9 @@
 #include "store/sql/SqlServerStore.h"
 
 #include "store/sql/Rows.h"
+#include "store/sql/Schedules.h"
 
 namespace quarl::store::sql {
-
-bool PutServerSchedule(Connection& connection, qint32 idServer, const ScheduleRecord& schedule) {
-  return Change(connection,
-                "INSERT INTO server_schedules (id_server, enabled, start_date, start_time, delta_time, delta_type)"
-                " SELECT $1, $2, $3, $4, $5, $6 FROM servers WHERE id_server = $1 ON CONFLICT (id_server) DO "
-                "UPDATE SET enabled = excluded.enabled,"
-                " start_date = excluded.start_date, start_time = excluded.start_time, delta_time = excluded.delta_time,"
-                " delta_type = excluded.delta_type",
-                idServer, schedule.enabled, DateColumn(schedule), TimeColumn(schedule), schedule.deltaTime,
-                schedule.deltaType) > 0;
-}
 
 std::optional<ServerRecord> SqlServerStore::GetServer(qint32 idServer) {
   return database_.Read([&](Connection& connection) -> std::optional<ServerRecord> {
@@ -49,8 +39,8 @@ bool SqlServerStore::RemoveServer(qint32 idServer) {
   });
 }
 
-bool SqlServerStore::CheckServer(qint32 /*idServer*/) {
-  return false;  // no service takes the request
+bool SqlServerStore::CheckServer(qint32 idServer) {
+  return requests_.RunServer(idServer);
 }
 
 RecordSet SqlServerStore::GetServersByGroup(qint32 idGroup) {
@@ -83,19 +73,13 @@ RecordSet SqlServerStore::GetAllServers(qint32 /*idGroup*/) {
 }
 
 std::optional<ScheduleRecord> SqlServerStore::GetServerSchedule(qint32 idServer) {
-  return database_.Read([&](Connection& connection) -> std::optional<ScheduleRecord> {
-    Query query(connection,
-                "SELECT enabled, start_date, start_time, delta_time, delta_type FROM server_schedules"
-                " WHERE id_server = $1",
-                idServer);
-    if (!query.Next()) return std::nullopt;
-    return ScheduleOf(query, 0);
-  });
+  return database_.Read(
+      [&](Connection& connection) { return ReadSchedule(connection, ScheduleOwner::Server, idServer); });
 }
 
 bool SqlServerStore::SetServerSchedule(qint32 idServer, const ScheduleRecord& schedule) {
   return database_.Write([&](Connection& connection) {
-    return IsStorable(schedule) && PutServerSchedule(connection, idServer, schedule);
+    return IsStorable(schedule) && PutSchedule(connection, ScheduleOwner::Server, idServer, schedule);
   });
 }
 

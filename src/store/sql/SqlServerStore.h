@@ -1,13 +1,14 @@
 #pragma once
 
 #include "store/ServerStore.h"
+#include "store/sql/CheckRequests.h"
 #include "store/sql/Database.h"
 
 namespace quarl::store::sql {
 
 class SqlServerStore final : public ServerStore {
  public:
-  explicit SqlServerStore(Database& database) : database_(database) {}
+  SqlServerStore(Database& database, CheckRequests& requests) : database_(database), requests_(requests) {}
   std::optional<ServerRecord> GetServer(qint32 idServer) override;
   bool UpdateServer(qint32 idServer, const QString& name, const QString& ipAddress, qint32 idGroup) override;
   qint32 AddServer(const QString& name, const QString& ipAddress, qint32 idGroup) override;
@@ -22,9 +23,7 @@ class SqlServerStore final : public ServerStore {
 
  private:
   Database& database_;
+  CheckRequests& requests_;
 };
-
-/// Writes the schedule of a server. False: no such server.
-bool PutServerSchedule(Connection& connection, qint32 idServer, const ScheduleRecord& schedule);
 
 }  // namespace quarl::store::sql

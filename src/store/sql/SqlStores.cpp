@@ -4,13 +4,16 @@
 
 #include "base/Clock.h"
 #include "control/ServiceControl.h"
+#include "store/sql/CheckRequests.h"
 #include "store/sql/Schema.h"
+#include "store/sql/ServiceRow.h"
 #include "store/sql/SqlAlertStore.h"
 #include "store/sql/SqlConfigurationStore.h"
 #include "store/sql/SqlGroupStore.h"
 #include "store/sql/SqlInstallConfig.h"
 #include "store/sql/SqlLogStore.h"
 #include "store/sql/SqlServerStore.h"
+#include "store/sql/SqlServiceStore.h"
 #include "store/sql/SqlSystemConfig.h"
 #include "store/sql/SqlTestStore.h"
 #include "store/sql/SqlTreeReader.h"
@@ -21,21 +24,26 @@ struct SqlStores::Parts {
   explicit Parts(SqlSetup given)
       : setup(std::move(given)),
         database(setup),
-        system(database, setup.service ? *setup.service : noService, setup.paths, setup.inspector),
-        servers(database),
-        groups(database),
-        tests(database),
+        system(database, setup.service ? *setup.service : noService, setup.paths, setup.inspector, UsedClock()),
+        requests(database, UsedClock(), setup),
+        servers(database, requests),
+        groups(database, requests),
+        tests(database, requests),
         alerts(database),
-        log(database, setup.clock ? *setup.clock : systemClock),
+        log(database, UsedClock()),
         install(setup.paths),
         tree(database),
-        configurations(database) {}
+        configurations(database),
+        service(database) {}
+
+  const Clock& UsedClock() const { return setup.clock ? *setup.clock : systemClock; }
 
   SqlSetup setup;
   control::NoService noService;
   SystemClock systemClock;
   sql::Database database;
   sql::SqlSystemConfig system;
+  sql::CheckRequests requests;
   sql::SqlServerStore servers;
   sql::SqlGroupStore groups;
   sql::SqlTestStore tests;
@@ -44,6 +52,7 @@ struct SqlStores::Parts {
   sql::SqlInstallConfig install;
   sql::SqlTreeReader tree;
   sql::SqlConfigurationStore configurations;
+  sql::SqlServiceStore service;
 };
 
 SqlStores::SqlStores(SqlSetup setup) : parts_(std::make_unique<Parts>(std::move(setup))) {}
@@ -82,8 +91,30 @@ TreeReader& SqlStores::Tree() {
   return parts_->tree;
 }
 
+namespace {
+
+class SqlChange final : public Change {
+ public:
+  explicit SqlChange(sql::Database& database) : database_(database) { database_.BeginChange(); }
+  ~SqlChange() override { database_.EndChange(); }
+  void Commit() override { database_.CommitChange(); }
+
+ private:
+  sql::Database& database_;
+};
+
+}  // namespace
+
+std::unique_ptr<Change> SqlStores::BeginChange() {
+  return std::make_unique<SqlChange>(parts_->database);
+}
+
 ConfigurationStore& SqlStores::Configurations() {
   return parts_->configurations;
+}
+
+ServiceStore& SqlStores::Service() {
+  return parts_->service;
 }
 
 SqlStatistics SqlStores::Statistics() const {
@@ -96,6 +127,10 @@ void SqlStores::Open() {
 
 void SqlStores::ReadAhead() {
   parts_->tree.ReadAhead();
+}
+
+bool SqlStores::CheckAside() {
+  return parts_->database.CheckAside();
 }
 
 void SqlStores::CheckPlace(const SqlSetup& setup) {
@@ -128,23 +163,21 @@ std::unique_ptr<sql::Connection> OpenWhole(sql::Dialect& dialect) {
 void SqlStores::Restore(const SqlSetup& setup, const QString& backup) {
   const std::unique_ptr<sql::Dialect> dialect = sql::MakeDialect(setup);
   dialect->CheckBackup(backup);
-  std::unique_ptr<sql::Connection> connection;
   qint64 before = 0;
+  const auto bringUpToDate = [&](sql::Connection& copy) {
+    sql::Migrate(copy, *dialect);
+    // Whoever read the configuration before has read another one.
+    sql::Change(copy, "UPDATE store_properties SET revision = $1", std::max(before, RevisionOf(copy)) + 1);
+    sql::ForgetService(copy);
+  };
   try {
-    connection = OpenWhole(*dialect);
+    const std::unique_ptr<sql::Connection> connection = OpenWhole(*dialect);
     before = RevisionOf(*connection);
-    dialect->Restore(*connection, backup);
-    sql::Migrate(*connection, *dialect);
+    dialect->Restore(*connection, backup, bringUpToDate);
   } catch (const sql::SqlError& error) {
     if (error.What() != sql::Fault::Damaged) throw;
-    connection.reset();
-    dialect->RestoreDamaged(backup);
-    connection = OpenWhole(*dialect);
+    dialect->RestoreDamaged(backup, bringUpToDate);
   }
-  // Whoever read the configuration before has read another one.
-  sql::Transaction transaction(*connection, sql::Connection::Access::Write);
-  sql::Change(*connection, "UPDATE store_properties SET revision = $1", std::max(before, RevisionOf(*connection)) + 1);
-  transaction.Commit();
 }
 
 }  // namespace quarl::store

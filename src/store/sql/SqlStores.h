@@ -1,10 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "base/InstallPaths.h"
 #include "store/Configuration.h"
 #include "store/ModuleInspector.h"
+#include "store/ServiceStore.h"
 #include "store/StoreLocation.h"
 #include "store/Stores.h"
 
@@ -28,6 +30,10 @@ struct SqlSetup {
   /// Every change is on the disk when its operation returns, whatever happens to the machine. Without it a power
   /// failure may take the last ones back; the end of the program alone never does.
   bool syncEveryChange = true;
+  /// How long CheckGroup, CheckServer and CheckTest wait for the results.
+  int checkWaitMs = 10'000;
+  /// Lets so many milliseconds pass within such a wait; none: the thread sleeps. The store must not be used in it.
+  std::function<void(int)> pause = {};
 };
 
 /// What a store asked of its database since it was made. BEGIN, COMMIT and ROLLBACK are no statements here, nor is
@@ -54,13 +60,21 @@ class SqlStores : public Stores {
   LogStore& Log() override;
   InstallConfig& Install() override;
   TreeReader& Tree() override;
+  std::unique_ptr<Change> BeginChange() override;
   ConfigurationStore& Configurations();
+  /// What the monitoring service needs beyond the above, and what others may know of it.
+  ServiceStore& Service();
 
   /// Opens the store now, making it when it is missing. Throws StoreError.
   void Open();
   /// Opens the store and reads the tree for the next ReadTree(), which gives that if nothing has changed by then.
-  /// Throws StoreError when the store cannot be opened.
+  /// Throws StoreError when the store cannot be opened. The content is not checked by that: operations may read it as
+  /// it is, until CheckAside() or the first change, which waits for a check, has found it whole. Once damage has been
+  /// found every operation throws it, and the file stays as it is.
   void ReadAhead();
+  /// Checks on a thread of its own what ReadAhead() opened; to be called until it gives false. True: the check has not
+  /// come to its end. Throws StoreError for what it has found.
+  [[nodiscard]] bool CheckAside();
   /// Throws StoreError where no new store may be put, under whatever name it was made: the log of a missing one is
   /// there, whose changes would go into the new one.
   static void CheckPlace(const SqlSetup& setup);

@@ -4,6 +4,7 @@
 
 #include "store/sql/ModuleInstaller.h"
 #include "store/sql/Rows.h"
+#include "store/sql/ServiceRow.h"
 
 namespace quarl::store::sql {
 namespace {
@@ -36,7 +37,12 @@ QString NameOfType(const QString& productName, const QString& module) {
 }  // namespace
 
 qint16 SqlSystemConfig::GetServiceState() {
-  return static_cast<qint16>(service_.State());
+  const auto instance = database_.Read([&](Connection& connection) { return ReadInstance(connection); });
+  const auto here = service_.State();
+  const bool idleHere = here == control::ServiceState::NotInstalled || here == control::ServiceState::Stopped;
+  // One that this host does not know of may serve the store from another.
+  if (idleHere && instance && IsAlive(*instance, clock_.NowMs())) return instance->state;
+  return static_cast<qint16>(here);
 }
 
 bool SqlSystemConfig::StartService() {

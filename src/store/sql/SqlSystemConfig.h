@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "base/InstallPaths.h"
 #include "control/ServiceControl.h"
 #include "store/ModuleInspector.h"
@@ -11,8 +12,8 @@ namespace quarl::store::sql {
 class SqlSystemConfig final : public SystemConfig {
  public:
   SqlSystemConfig(Database& database, control::ServiceControl& service, const InstallPaths& paths,
-                  const ModuleInspector& inspector)
-      : database_(database), service_(service), paths_(paths), inspector_(inspector) {}
+                  const ModuleInspector& inspector, const Clock& clock)
+      : database_(database), service_(service), paths_(paths), inspector_(inspector), clock_(clock) {}
   qint16 GetServiceState() override;
   bool StartService() override;
   bool StopService() override;
@@ -30,6 +31,7 @@ class SqlSystemConfig final : public SystemConfig {
   control::ServiceControl& service_;
   const InstallPaths& paths_;
   const ModuleInspector& inspector_;
+  const Clock& clock_;
 };
 
 }  // namespace quarl::store::sql

@@ -17,8 +17,8 @@ void AppendTextOrNull(RecordSet& rows, Query& query, int column) {
 
 }  // namespace
 
-bool SqlTestStore::CheckTest(qint32 /*idTest*/) {
-  return false;  // no service takes the request
+bool SqlTestStore::CheckTest(qint32 idTest) {
+  return requests_.RunTest(idTest);
 }
 
 qint32 SqlTestStore::AddTest(qint32 idServer, qint32 idTestType, const QString& properties) {

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "store/TestStore.h"
+#include "store/sql/CheckRequests.h"
 #include "store/sql/Database.h"
 
 namespace quarl::store::sql {
 
 class SqlTestStore final : public TestStore {
  public:
-  explicit SqlTestStore(Database& database) : database_(database) {}
+  SqlTestStore(Database& database, CheckRequests& requests) : database_(database), requests_(requests) {}
   bool CheckTest(qint32 idTest) override;
   qint32 AddTest(qint32 idServer, qint32 idTestType, const QString& properties) override;
   bool RemoveTest(qint32 idTest) override;
@@ -19,6 +20,7 @@ class SqlTestStore final : public TestStore {
 
  private:
   Database& database_;
+  CheckRequests& requests_;
 };
 
 }  // namespace quarl::store::sql

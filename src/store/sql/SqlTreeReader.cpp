@@ -26,8 +26,12 @@ constexpr PartQuery kQueries[] = {
      " ORDER BY id_group, position, id_alert"},
 };
 
+// Room for so many rows costs nothing but addresses, and growing to it would copy and touch twice as much memory.
+constexpr std::size_t kRoom = 1 << 16;
+
 void ReadPart(Connection& connection, const PartQuery& part, TreeRows& tree) {
   std::vector<TreeRow>& rows = tree.*part.rows;
+  rows.reserve(kRoom);
   Query query(connection, part.sql);
   while (query.Next()) {
     TreeRow row{.owner = query.Int32(0), .id = query.Int32(1), .type = query.Int32(2)};
@@ -42,6 +46,7 @@ void ReadPart(Connection& connection, const PartQuery& part, TreeRows& tree) {
 }  // namespace
 
 void SqlTreeReader::ReadAhead() {
+  database_.OpenAhead();
   std::string mark = database_.Read([](Connection& connection) { return connection.ChangeMark(); });
   const quint64 opening = database_.Openings();
   ahead_ = Ahead{opening, std::move(mark), ReadNow()};

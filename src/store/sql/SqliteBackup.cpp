@@ -88,10 +88,9 @@ void SqliteDialect::CheckBackup(const QString& path) {
     throw SqlError(Fault::Damaged, QStringLiteral("The file %1 is empty.").arg(path));
   }
   CheckContent(*source, "integrity_check");
-  if (Version(*source) < kSchemaVersion) return;  // its definitions are those of another version
   SqliteDialect inMemory(StoreLocation::InMemory(), busyTimeoutMs_, syncEveryChange_);
   SqliteConnection fresh(StoreLocation::InMemory().path, Mode::ReadWrite, inMemory.Name(), busyTimeoutMs_);
-  Migrate(fresh, inMemory);
+  Migrate(fresh, inMemory, Version(*source));
   CheckDefinitions(*source, fresh);
   try {
     std::ignore = ReadConfiguration(*source);
@@ -100,36 +99,44 @@ void SqliteDialect::CheckBackup(const QString& path) {
   }
 }
 
-void SqliteDialect::Restore(Connection& connection, const QString& path) {
+void SqliteDialect::CopyChanged(const QString& path, const QString& copy, const CopyChange& change) const {
   const auto source = OpenForReading(path, busyTimeoutMs_);
-  CopyPages(*source, static_cast<SqliteConnection&>(connection));
+  SqliteConnection changed(copy, Mode::ReadWrite, Name(), busyTimeoutMs_);
+  CopyPages(*source, changed);
+  change(changed);
+  std::ignore = changed.Value("PRAGMA journal_mode=WAL");
+  CheckContent(changed, "integrity_check");
 }
 
-void SqliteDialect::RestoreDamaged(const QString& path) {
-  WholeFile file(location_.path, QStringLiteral("The store %1 cannot be written").arg(Name()));
-  {
-    const auto source = OpenForReading(path, busyTimeoutMs_);
-    SqliteConnection copy(file.Path(), Mode::ReadWrite, Name(), busyTimeoutMs_);
-    CopyPages(*source, copy);
-    std::ignore = copy.Value("PRAGMA journal_mode=WAL");
-    CheckContent(copy, "integrity_check");
-  }
+void SqliteDialect::Restore(Connection& connection, const QString& path, const CopyChange& change) {
+  const WholeFile file(RealFile(location_.path), QStringLiteral("The store %1 cannot be written").arg(Name()));
+  CopyChanged(path, file.Path(), change);
+  SqliteConnection changed(file.Path(), Mode::ReadWrite, Name(), busyTimeoutMs_);
+  CopyPages(changed, static_cast<SqliteConnection&>(connection));
+}
+
+void SqliteDialect::RestoreDamaged(const QString& path, const CopyChange& change) {
+  WholeFile file(RealFile(location_.path), QStringLiteral("The store %1 cannot be written").arg(Name()));
+  CopyChanged(path, file.Path(), change);
   PutAside();
-  if (!file.Publish(WholeFile::Existing::Keep)) {
-    throw SqlError(Fault::Busy, QStringLiteral("The store %1 was made anew by another program.").arg(Name()));
-  }
+  std::ignore = file.Publish(WholeFile::Existing::Replace);
 }
 
+/// Gives the damaged store another name besides its own, which the new one then takes over, and its logs another name.
 void SqliteDialect::PutAside() const {
-  const QString suffix = QDateTime::currentDateTime().toString(QStringLiteral("'.damaged-'yyyyMMdd-HHmmss-zzz"));
-  // The logs go first: left alone beside a new store, they would be taken for its own.
-  for (const char* companion : {"-journal", "-wal", ""}) {
-    const QString part = location_.path + QString::fromLatin1(companion);
-    if (QFile::exists(part) && !QFile::rename(part, location_.path + suffix + QString::fromLatin1(companion))) {
-      throw SqlError(Fault::Unreachable, QStringLiteral("The damaged store %1 cannot be renamed.").arg(Name()));
-    }
+  const QString file = RealFile(location_.path);
+  const QString aside = file + QDateTime::currentDateTime().toString(QStringLiteral("'.damaged-'yyyyMMdd-HHmmss-zzz"));
+  const auto fail = [this](int number) {
+    throw SqlError(Fault::Unreachable,
+                   QStringLiteral("The damaged store %1 cannot be put aside: %2.").arg(Name(), SystemText(number)));
+  };
+  if (const int number = AddName(file, aside); number != 0) fail(number);
+  // Left beside the new store, the logs would be taken for its own.
+  for (const auto& companion : {QStringLiteral("-journal"), QStringLiteral("-wal")}) {
+    if (!QFile::exists(file + companion)) continue;
+    if (const int number = MoveToFreeName(file + companion, aside + companion); number != 0) fail(number);
   }
-  QFile::remove(location_.path + QStringLiteral("-shm"));
+  QFile::remove(file + QStringLiteral("-shm"));
 }
 
 }  // namespace quarl::store::sql

@@ -17,9 +17,16 @@ namespace quarl::store::sql {
 namespace {
 
 constexpr const char* kCacheSize = "PRAGMA cache_size=-65536";
+// The results of many tests touch the same pages again and again; each is then copied back once for many writes. The
+// log of writes stays below 32 MB.
+constexpr const char* kCheckpointPages = "PRAGMA wal_autocheckpoint=8000";
 
 SqliteConnection& Own(Connection& connection) {
   return static_cast<SqliteConnection&>(connection);
+}
+
+void SetCheckpointOnClose(SqliteConnection& connection, bool on) {
+  sqlite3_db_config(connection.Handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, on ? 0 : 1, nullptr);
 }
 
 /// Makes a folder and the missing ones above it, for this user only.
@@ -68,8 +75,9 @@ void SqliteDialect::CheckPlace() const {
 
 void SqliteDialect::Create() const {
   CheckPlace();
-  if (location_.createFolder) MakeFolder(QFileInfo(location_.path).path(), Name());
-  WholeFile file(location_.path, QStringLiteral("The store %1 cannot be made").arg(Name()));
+  const QString place = RealFile(location_.path);
+  if (location_.createFolder) MakeFolder(QFileInfo(place).path(), Name());
+  WholeFile file(place, QStringLiteral("The store %1 cannot be made").arg(Name()));
   {
     SqliteDialect beside({file.Path(), false}, busyTimeoutMs_, syncEveryChange_);
     const std::unique_ptr<Connection> connection = beside.Open(Missing::Fail);
@@ -87,24 +95,51 @@ std::unique_ptr<Connection> SqliteDialect::Open(Missing missing) {
     }
     Create();
   }
-  auto connection = std::make_unique<SqliteConnection>(path, SqliteConnection::Mode::ReadWrite, Name(), busyTimeoutMs_);
-  connection->Execute("PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON");
-  if (location_.IsMemory()) return connection;
-  const bool empty = IsEmptyOrOurs(*connection, path);
-  if (sqlite3_db_readonly(connection->Handle(), "main") != 0) connection->Throw(SQLITE_READONLY);
-  if (empty) return connection;
-  // Closing a connection may move waiting changes into the file; that must not happen to one that we turn down.
-  const int waiting = HasWaitingLog(path) ? 1 : 0;
-  sqlite3_db_config(connection->Handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, waiting, nullptr);
-  // What follows the check finds the pages in the cache.
-  connection->Execute(kCacheSize);
-  CheckContent(*connection, "quick_check");
-  sqlite3_db_config(connection->Handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+  auto connection = Connect();
+  if (Admit(*connection)) {
+    connection->Execute(kCacheSize);  // what follows the check finds the pages in the cache
+    CheckContent(*connection, "quick_check");
+  }
   return connection;
+}
+
+std::unique_ptr<SqliteConnection> SqliteDialect::Connect() const {
+  auto connection =
+      std::make_unique<SqliteConnection>(location_.path, SqliteConnection::Mode::ReadWrite, Name(), busyTimeoutMs_);
+  connection->Execute("PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON");
+  return connection;
+}
+
+/// True for a file with the beginning of a store; closing the connection leaves waiting changes where they are then.
+/// False when there is nothing to be checked. Throws SqlError for every other file.
+bool SqliteDialect::Admit(SqliteConnection& connection) const {
+  if (location_.IsMemory()) return false;
+  const bool empty = IsEmptyOrOurs(connection, location_.path);
+  if (sqlite3_db_readonly(connection.Handle(), "main") != 0) connection.Throw(SQLITE_READONLY);
+  if (empty) return false;
+  // Closing a connection may move waiting changes into the file; that must not happen to one that we turn down.
+  SetCheckpointOnClose(connection, !HasWaitingLog(location_.path));
+  return true;
+}
+
+std::unique_ptr<Connection> SqliteDialect::OpenUnchecked() {
+  const QString& path = location_.path;
+  if (location_.IsMemory() || StateOf(path, QStringLiteral("The store %1").arg(Name())) == FileState::Missing)
+    return {};
+  auto connection = Connect();
+  if (!Admit(*connection) || Version(*connection) != kSchemaVersion) return {};
+  connection->Execute(kCacheSize);
+  return connection;
+}
+
+void SqliteDialect::CheckStore() const {
+  const auto connection = Connect();
+  if (Admit(*connection)) CheckContent(*connection, "quick_check");
 }
 
 void SqliteDialect::Settle(Connection& connection) {
   SqliteConnection& own = Own(connection);
+  SetCheckpointOnClose(own, true);
   try {
     std::ignore = own.Value("PRAGMA journal_mode=WAL");
   } catch (const SqlError& error) {
@@ -112,6 +147,7 @@ void SqliteDialect::Settle(Connection& connection) {
   }
   own.Execute(syncEveryChange_ ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
   own.Execute(kCacheSize);
+  std::ignore = own.Value(kCheckpointPages);
   own.Execute("PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY");
 }
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 #include <array>
 #include <cerrno>
@@ -101,16 +102,28 @@ void CheckContent(SqliteConnection& connection, const char* check) {
   }
 }
 
+QString RealFile(const QString& path) {
+  constexpr int kMostLinks = 40;  // as the kernel follows
+  QString file = path;
+  for (int links = 0; links < kMostLinks; ++links) {
+    const QString target = QFileInfo(file).symLinkTarget();
+    if (target.isEmpty()) break;
+    file = target;
+  }
+  return file;
+}
+
 bool HasCompanion(const QString& path) {
-  return QFile::exists(path + QStringLiteral("-wal")) || QFile::exists(path + QStringLiteral("-journal"));
+  const QString file = RealFile(path);
+  return QFile::exists(file + QStringLiteral("-wal")) || QFile::exists(file + QStringLiteral("-journal"));
 }
 
 bool HasUnfinishedLog(const QString& path) {
-  return HasWaitingLog(path) || SizeOf(path + QStringLiteral("-journal")) > 0;
+  return HasWaitingLog(path) || SizeOf(RealFile(path) + QStringLiteral("-journal")) > 0;
 }
 
 bool HasWaitingLog(const QString& path) {
-  return SizeOf(path + QStringLiteral("-wal")) > 0;
+  return SizeOf(RealFile(path) + QStringLiteral("-wal")) > 0;
 }
 
 }  // namespace quarl::store::sql

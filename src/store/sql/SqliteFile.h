@@ -9,6 +9,9 @@ class SqliteConnection;
 /// Marks a file as a store of ours ("Qurl"; SQLite's application id).
 inline constexpr qint32 kApplicationId = 0x5175726c;
 
+/// The file that a path stands for: symbolic links are followed, also to one that is missing. SQLite keeps the logs of
+/// a database beside this file, not beside a link.
+QString RealFile(const QString& path);
 enum class FileState { Missing, Present };
 /// Throws SqlError for anything that is neither a file nor missing, or cannot be looked at.
 /// @param subject what the message is about, as its beginning

@@ -49,6 +49,12 @@ int MoveToFreeName(const QString& from, const QString& to) {
   return 0;
 }
 
+int AddName(const QString& file, const QString& name) {
+  if (::link(QFile::encodeName(file).constData(), QFile::encodeName(name).constData()) == 0) return 0;
+  if (errno != EPERM && errno != ENOTSUP) return errno;
+  return QFile::copy(file, name) && SyncFile(QFile::encodeName(name)) ? 0 : EIO;
+}
+
 WholeFile::WholeFile(const QString& place, QString what) : place_(place), what_(std::move(what)) {
   const QFileInfo info(place);
   path_ = info.path() + QStringLiteral("/.quarl-") + QUuid::createUuid().toString(QUuid::WithoutBraces);

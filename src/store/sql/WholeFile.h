@@ -29,6 +29,9 @@ class WholeFile {
 /// Gives a finished file another name in the same folder that nothing has, and waits until the disk holds it. 0, or the
 /// system's error number with both names as they were.
 int MoveToFreeName(const QString& from, const QString& to);
+/// Gives a file a second name in the same folder that nothing has; where the file system knows one name a file only, a
+/// copy. 0, or the system's error number.
+int AddName(const QString& file, const QString& name);
 /// Waits until the disk holds what a folder lists. Where the file system cannot do that, nothing happens.
 void SyncFolder(const QString& folder);
 /// The system's words for an error number.

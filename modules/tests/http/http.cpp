@@ -1,3 +1,3 @@
-#include "quarl_module.h"
+#include "tests/http/HttpModule.h"
 
-QUARL_DEFINE_MODULE(QUARL_MODULE_TEST)
+QUARL_TEST_MODULE(quarl::checks::HttpModule)

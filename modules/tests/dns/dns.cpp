@@ -1,0 +1,3 @@
+#include "tests/dns/DnsModule.h"
+
+QUARL_TEST_MODULE(quarl::checks::DnsModule)

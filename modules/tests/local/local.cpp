@@ -1,0 +1,3 @@
+#include "tests/local/LocalModule.h"
+
+QUARL_TEST_MODULE(quarl::checks::LocalModule)

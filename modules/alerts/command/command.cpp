@@ -1,3 +1,3 @@
-#include "quarl_module.h"
+#include "alerts/command/CommandModule.h"
 
-QUARL_DEFINE_MODULE(QUARL_MODULE_ALERT)
+QUARL_ALERT_MODULE(quarl::alerts::CommandModule)

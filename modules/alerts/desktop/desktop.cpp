@@ -1,0 +1,3 @@
+#include "alerts/desktop/DesktopModule.h"
+
+QUARL_ALERT_MODULE(quarl::alerts::DesktopModule)

@@ -1,0 +1,3 @@
+#include "alerts/syslog/SyslogModule.h"
+
+QUARL_ALERT_MODULE(quarl::alerts::SyslogModule)

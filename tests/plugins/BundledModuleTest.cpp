@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtEndian>
@@ -15,26 +16,31 @@ namespace {
 
 struct Module {
   const char* path;
-  const char *product, *company, *version, *original;
-  int kind;
+  const char* product;
+  int kind = QUARL_MODULE_TEST;
+  const char *company = "Quarl", *version = QUARL_MODULE_VERSION_TEXT;
 };
-
-constexpr char kVersion[] = QUARL_MODULE_VERSION_TEXT;
 
 const Module kModules[] = {
-    {QUARL_LAYOUT_DIR "/plugins/tests/ping.dll", "Ping", "Quarl", kVersion, "ping.dll", QUARL_MODULE_TEST},
-    {QUARL_LAYOUT_DIR "/plugins/tests/tcpport.dll", "TCP port", "Quarl", kVersion, "tcpport.dll", QUARL_MODULE_TEST},
-    {QUARL_LAYOUT_DIR "/plugins/tests/http.dll", "HTTP(S)", "Quarl", kVersion, "http.dll", QUARL_MODULE_TEST},
-    {QUARL_LAYOUT_DIR "/plugins/tests/monitoringplugin.dll", "Monitoring-Plugins command", "Quarl", kVersion,
-     "monitoringplugin.dll", QUARL_MODULE_TEST},
-    {QUARL_LAYOUT_DIR "/plugins/alerts/email.dll", "E-mail", "Quarl", kVersion, "email.dll", QUARL_MODULE_ALERT},
-    {QUARL_LAYOUT_DIR "/plugins/alerts/webhook.dll", "Webhook", "Quarl", kVersion, "webhook.dll", QUARL_MODULE_ALERT},
-    {QUARL_LAYOUT_DIR "/plugins/alerts/command.dll", "Command", "Quarl", kVersion, "command.dll", QUARL_MODULE_ALERT},
-    {QUARL_EXAMPLE_DIR "/example.dll", "Example", "Example authors", "1.2.3", "example.dll", QUARL_MODULE_TEST},
-    {QUARL_KIT_DIR "/kit_c.dll", "Kit in C \"quoted\"", "Müller & Söhne; 株式会社", "12.34.56.78", "kit_c.dll",
-     QUARL_MODULE_ALERT},
-    {QUARL_KIT_DIR "/kit_cxx.dll", "Kit in C++", "", "2", "kit_cxx.dll", QUARL_MODULE_TEST},
+    {QUARL_LAYOUT_DIR "/plugins/tests/ping.dll", "Ping"},
+    {QUARL_LAYOUT_DIR "/plugins/tests/tcpport.dll", "TCP port"},
+    {QUARL_LAYOUT_DIR "/plugins/tests/http.dll", "HTTP(S)"},
+    {QUARL_LAYOUT_DIR "/plugins/tests/monitoringplugin.dll", "Monitoring-Plugins command"},
+    {QUARL_LAYOUT_DIR "/plugins/tests/dns.dll", "DNS look-up"},
+    {QUARL_LAYOUT_DIR "/plugins/tests/local.dll", "Local machine"},
+    {QUARL_LAYOUT_DIR "/plugins/alerts/email.dll", "E-mail", QUARL_MODULE_ALERT},
+    {QUARL_LAYOUT_DIR "/plugins/alerts/webhook.dll", "Webhook", QUARL_MODULE_ALERT},
+    {QUARL_LAYOUT_DIR "/plugins/alerts/command.dll", "Command", QUARL_MODULE_ALERT},
+    {QUARL_LAYOUT_DIR "/plugins/alerts/desktop.dll", "Desktop note", QUARL_MODULE_ALERT},
+    {QUARL_LAYOUT_DIR "/plugins/alerts/syslog.dll", "System log", QUARL_MODULE_ALERT},
+    {QUARL_EXAMPLE_DIR "/example.dll", "Example", QUARL_MODULE_TEST, "Example authors", "1.2.3"},
+    {QUARL_KIT_DIR "/kit_c.dll", "Kit in C \"quoted\"", QUARL_MODULE_ALERT, "Müller & Söhne; 株式会社", "12.34.56.78"},
+    {QUARL_KIT_DIR "/kit_cxx.dll", "Kit in C++", QUARL_MODULE_TEST, "", "2"},
 };
+
+QString FileNameOf(const Module& module) {
+  return QFileInfo(QString::fromUtf8(module.path)).fileName();
+}
 
 /// Pixels of the picture that are neither transparent nor white.
 int ColouredPixels(const ModuleBitmap& icon) {
@@ -54,7 +60,7 @@ void ExpectWhole(const Module& module, const QString& path) {
   EXPECT_EQ(info.ProductName().toStdString(), module.product);
   EXPECT_EQ(info.CompanyName().toStdString(), module.company);
   EXPECT_EQ(info.ProductVersion().toStdString(), module.version);
-  EXPECT_EQ(info.OriginalFilename().toStdString(), module.original);
+  EXPECT_EQ(info.OriginalFilename(), FileNameOf(module));
   EXPECT_EQ(info.FileType(), QStringLiteral("DLL"));
   const ModuleFile file = ModuleFile::Open(path);
   const ModuleBitmap icon = file.Icon();
@@ -62,6 +68,7 @@ void ExpectWhole(const Module& module, const QString& path) {
   EXPECT_EQ(icon.height, 48);
   EXPECT_EQ(icon.bitCount, 32);
   EXPECT_GT(ColouredPixels(icon), 48 * 48 / 20);
+  EXPECT_EQ(icon.bytes.at(icon.pixelOffset + 3), 0) << "the corner is transparent";
 }
 
 TEST(BundledModuleTest, EachHasNameAuthorVersionAndPicture) {
@@ -71,7 +78,7 @@ TEST(BundledModuleTest, EachHasNameAuthorVersionAndPicture) {
 TEST(BundledModuleTest, ResourcesSurviveStrip) {
   QTemporaryDir folder;
   for (const Module& module : kModules) {
-    const QString path = folder.filePath(QString::fromLatin1(module.original));
+    const QString path = folder.filePath(FileNameOf(module));
     QProcess strip;
     strip.start(QStringLiteral("strip"),
                 {QStringLiteral("--strip-unneeded"), QStringLiteral("-o"), path, QString::fromUtf8(module.path)});
@@ -110,11 +117,7 @@ TEST(BundledModuleTest, TheKitRefusesBadInput) {
   QTemporaryDir folder;
   const QString output = folder.filePath(QStringLiteral("out.s"));
   const QString icon = QString::fromUtf8(QUARL_KIT_ICON);
-  const struct {
-    const char* change;
-    QString value;
-    int code;
-  } rows[] = {
+  const std::tuple<const char*, QString, int> rows[] = {
       {"--product", QStringLiteral("Good"), 0},
       {"--product", QString(), 2},
       {"--colour", QStringLiteral("red"), 2},
@@ -127,20 +130,20 @@ TEST(BundledModuleTest, TheKitRefusesBadInput) {
       {"--product", QString(40000, u'x'), 1},
       {"--output", folder.filePath(QStringLiteral("no/folder/out.s")), 1},
   };
-  for (const auto& row : rows) {
+  for (const auto& [change, value, code] : rows) {
     QFile::remove(output);
     QStringList arguments = {QStringLiteral("--output"),  output,
                              QStringLiteral("--icon"),    icon,
                              QStringLiteral("--file"),    QStringLiteral("x.dll"),
                              QStringLiteral("--product"), QStringLiteral("X"),
                              QStringLiteral("--version"), QStringLiteral("1.0")};
-    arguments += {QString::fromLatin1(row.change), row.value};
+    arguments += {QString::fromLatin1(change), value};
     QProcess tool;
     tool.start(QStringLiteral(QUARL_RESCOMPILE), arguments);
     ASSERT_TRUE(tool.waitForFinished());
-    EXPECT_EQ(tool.exitCode(), row.code) << row.change << ' ' << row.value.left(40).toStdString();
-    EXPECT_EQ(QFile::exists(output), row.code == 0) << row.change;
-    EXPECT_EQ(tool.readAllStandardError().isEmpty(), row.code == 0);
+    EXPECT_EQ(tool.exitCode(), code) << change << ' ' << value.left(40).toStdString();
+    EXPECT_EQ(QFile::exists(output), code == 0) << change;
+    EXPECT_EQ(tool.readAllStandardError().isEmpty(), code == 0);
   }
 }
 

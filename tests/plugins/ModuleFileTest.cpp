@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -53,27 +52,21 @@ TEST(ModuleFileTest, RefusesNamesThatAreNoReadableFile) {
   Write(path("huge.dll"), {});
   ASSERT_EQ(::truncate(QFile::encodeName(path("huge.dll")).constData(), kLargestModule + 1), 0);
   ASSERT_TRUE(QFile::link(path("loop.dll"), path("loop.dll")));
-  const struct {
-    QString name;
-    const char* part;
-  } rows[] = {
-      {QString(), "no file name"},
-      {path("missing.dll"), "cannot be read"},
-      {path("missing.dll/x"), "cannot be read"},
-      {path("loop.dll"), "cannot be read"},
-      {folder.path(), "folder"},
-      {path("pipe.dll"), "no ordinary file"},
-      {path("empty.dll"), "is empty"},
-      {path("text.dll"), "neither"},
-      {path("short.dll"), "cut short"},
-      {path("elf.dll"), "cut short"},
-      {path("huge.dll"), "larger than the 128 MiB"},
-      {QStringLiteral("/proc/self/exe"), "program, not a library"},
-  };
-  for (const auto& row : rows) {
-    const QString answer = InspectModule(row.name);
-    EXPECT_TRUE(answer.contains(QString::fromLatin1(row.part)))
-        << row.name.toStdString() << ": " << answer.toStdString();
+  const std::pair<QString, const char*> rows[] = {{QString(), "no file name"},
+                                                  {path("missing.dll"), "cannot be read"},
+                                                  {path("missing.dll/x"), "cannot be read"},
+                                                  {path("loop.dll"), "cannot be read"},
+                                                  {folder.path(), "folder"},
+                                                  {path("pipe.dll"), "no ordinary file"},
+                                                  {path("empty.dll"), "is empty"},
+                                                  {path("text.dll"), "neither"},
+                                                  {path("short.dll"), "cut short"},
+                                                  {path("elf.dll"), "cut short"},
+                                                  {path("huge.dll"), "larger than the 128 MiB"},
+                                                  {QStringLiteral("/proc/self/exe"), "program, not a library"}};
+  for (const auto& [name, part] : rows) {
+    const QString answer = InspectModule(name);
+    EXPECT_TRUE(answer.contains(QString::fromLatin1(part))) << name.toStdString() << ": " << answer.toStdString();
     EXPECT_TRUE(answer.endsWith(u'.') && answer.count(u'\n') == 0) << answer.toStdString();
   }
 }
@@ -96,11 +89,7 @@ TEST(ModuleFileTest, AnUnreadableFileIsSaidToBeSo) {
 TEST(ModuleFileTest, RefusesFilesThatAreNoWholeLibrary) {
   const QByteArray pe = build::File(ModuleFormat::Pe32, {build::Icon()});
   const QByteArray elf = build::File(ModuleFormat::Elf64, {build::Icon()});
-  const struct {
-    const char* name;
-    QByteArray bytes;
-    const char* part;
-  } rows[] = {
+  const std::tuple<const char*, QByteArray, const char*> rows[] = {
       {"PE program", Patched(pe, 0x40 + 20, 0x000200e0), "program, not a library"},
       {"PE cut in its section", pe.chopped(1), "section 1 ends at byte"},
       {"PE cut in its headers", pe.left(0x1f0), "cut short"},
@@ -115,11 +104,10 @@ TEST(ModuleFileTest, RefusesFilesThatAreNoWholeLibrary) {
       {"ELF of no class", QByteArray(elf).replace(4, 1, "\3"), "unknown form"},
       {"ELF, segment outside", Patched(elf, 64 + 32, 0x7fffffff), "segment 1 ends behind"},
       {"ELF without dynamic table", Patched(elf, 64, 1), "cannot be loaded"},
-      {"ELF, odd entry size", Patched(elf, 0x36, 0x00010039), "odd form"},
-  };
-  for (const auto& row : rows) {
-    const QString answer = InspectModuleBytes(row.bytes);
-    EXPECT_TRUE(answer.contains(QString::fromLatin1(row.part))) << row.name << ": " << answer.toStdString();
+      {"ELF, odd entry size", Patched(elf, 0x36, 0x00010039), "odd form"}};
+  for (const auto& [name, bytes, part] : rows) {
+    const QString answer = InspectModuleBytes(bytes);
+    EXPECT_TRUE(answer.contains(QString::fromLatin1(part))) << name << ": " << answer.toStdString();
   }
 }
 
@@ -131,24 +119,22 @@ struct HostileTree {
 };
 
 // The tree of one icon: root 0 (entry 16), names 24 (entry 40), text 48, languages 64 (entry 80), data entry 88.
-const HostileTree kHostileTrees[] = {
-    {"untouched", {}, ""},
-    {"names are the root", {{20, 0x80000000}}, "no picture"},
-    {"languages are the root", {{44, 0x80000000}}, "not in order"},
-    {"language is a directory", {{84, 0x80000018}}, "not in order"},
-    {"type is data", {{20, 88}}, "not in order"},
-    {"name is data", {{44, 88}}, "not in order"},
-    {"131070 types", {{12, 0xffffffff}}, "cut short inside its resources"},
-    {"no languages", {{76, 0}}, "not in order"},
-    {"names far outside", {{20, 0xffffffff}}, "cut short inside its resources"},
-    {"text far outside", {{40, 0xffffffff}}, "cut short inside its resources"},
-    {"text of 65535 units", {{48, 0x0049ffff}}, "no picture"},
-    {"data entry outside", {{84, 0x7ffffff0}}, "cut short inside its resources"},
-    {"data outside", {{88, 0xfffffff0}}, "outside the part"},
-    {"data too long", {{92, 0xffffffff}}, "outside the part"},
-    {"data of length 0", {{92, 0}}, "cut short inside its picture"},
-    {"another name", {{52, 0x004e0100}}, "no picture"},
-};
+const HostileTree kHostileTrees[] = {{"untouched", {}, ""},
+                                     {"names are the root", {{20, 0x80000000}}, "no picture"},
+                                     {"languages are the root", {{44, 0x80000000}}, "not in order"},
+                                     {"language is a directory", {{84, 0x80000018}}, "not in order"},
+                                     {"type is data", {{20, 88}}, "not in order"},
+                                     {"name is data", {{44, 88}}, "not in order"},
+                                     {"131070 types", {{12, 0xffffffff}}, "cut short inside its resources"},
+                                     {"no languages", {{76, 0}}, "not in order"},
+                                     {"names far outside", {{20, 0xffffffff}}, "cut short inside its resources"},
+                                     {"text far outside", {{40, 0xffffffff}}, "cut short inside its resources"},
+                                     {"text of 65535 units", {{48, 0x0049ffff}}, "no picture"},
+                                     {"data entry outside", {{84, 0x7ffffff0}}, "cut short inside its resources"},
+                                     {"data outside", {{88, 0xfffffff0}}, "outside the part"},
+                                     {"data too long", {{92, 0xffffffff}}, "outside the part"},
+                                     {"data of length 0", {{92, 0}}, "cut short inside its picture"},
+                                     {"another name", {{52, 0x004e0100}}, "no picture"}};
 
 TEST(ModuleFileTest, SurvivesHostileTrees) {
   for (const ModuleFormat format : kFormats) {
@@ -168,31 +154,22 @@ TEST(ModuleFileTest, SurvivesHostileTrees) {
 
 TEST(ModuleFileTest, TheIconIsTheBitmapOfThatNameOnly) {
   const build::Resource icon = build::Icon();
-  const struct {
-    build::Resource resource;
-    bool good;
-  } rows[] = {
-      {icon, true},
-      {{2, 0, QStringLiteral("icon"), 0, icon.data}, false},
-      {{2, 0, QStringLiteral("ICON2"), 0, icon.data}, false},
-      {{2, 0, QStringLiteral("ICO"), 0, icon.data}, false},
-      {{2, 1, {}, 0, icon.data}, false},
-      {{3, 0, QStringLiteral("ICON"), 0, icon.data}, false},
-      {{2, 0, QStringLiteral("ICON"), 0x41f, icon.data}, true},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(InspectModuleBytes(build::File(ModuleFormat::Pe32Plus, {row.resource})).isEmpty(), row.good)
-        << row.resource.name.toStdString();
+  const std::pair<build::Resource, bool> rows[] = {{icon, true},
+                                                   {{2, 0, QStringLiteral("icon"), 0, icon.data}, false},
+                                                   {{2, 0, QStringLiteral("ICON2"), 0, icon.data}, false},
+                                                   {{2, 0, QStringLiteral("ICO"), 0, icon.data}, false},
+                                                   {{2, 1, {}, 0, icon.data}, false},
+                                                   {{3, 0, QStringLiteral("ICON"), 0, icon.data}, false},
+                                                   {{2, 0, QStringLiteral("ICON"), 0x41f, icon.data}, true}};
+  for (const auto& [resource, good] : rows) {
+    EXPECT_EQ(InspectModuleBytes(build::File(ModuleFormat::Pe32Plus, {resource})).isEmpty(), good)
+        << resource.name.toStdString();
   }
 }
 
 TEST(ModuleFileTest, RefusesBitmapsThatCannotBeShown) {
   const QByteArray good = build::SmallBitmap();
-  const struct {
-    const char* name;
-    QByteArray bytes;
-    const char* part;
-  } rows[] = {
+  const std::tuple<const char*, QByteArray, const char*> rows[] = {
       {"no header", good.left(3), "cut short"},
       {"header cut", good.left(39), "cut short"},
       {"unknown header", Patched(good, 0, 41), "41 bytes"},
@@ -206,12 +183,11 @@ TEST(ModuleFileTest, RefusesBitmapsThatCannotBeShown) {
       {"pixels cut", good.chopped(1), "cut short"},
       {"palette behind the end", Patched(good, 32, 0xffffffff), "cut short"},
       {"too many colours", Patched(Patched(good, 12, 0x00010001), 32, 3), "more colours"},
-      {"masks of nothing", Patched(Patched(good, 12, 0x00200001), 16, 3), "channel masks"},
-  };
+      {"masks of nothing", Patched(Patched(good, 12, 0x00200001), 16, 3), "channel masks"}};
   EXPECT_EQ(ModuleBitmap::Check(good).pixelOffset, 40);
-  for (const auto& row : rows) {
-    const QString answer = InspectModuleBytes(build::File(ModuleFormat::Elf32, {build::Icon(row.bytes)}));
-    EXPECT_TRUE(answer.contains(QString::fromLatin1(row.part))) << row.name << ": " << answer.toStdString();
+  for (const auto& [name, bytes, part] : rows) {
+    const QString answer = InspectModuleBytes(build::File(ModuleFormat::Elf32, {build::Icon(bytes)}));
+    EXPECT_TRUE(answer.contains(QString::fromLatin1(part))) << name << ": " << answer.toStdString();
   }
 }
 

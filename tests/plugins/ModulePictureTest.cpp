@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QGuiApplication>
 #include <QImage>
 #include <QTemporaryDir>
 #include <cstdlib>
@@ -134,26 +133,5 @@ TEST(ModulePictureTest, WhatPassesTheInspectionHasAPicture) {
   EXPECT_GT(shown, 300);
 }
 
-TEST(ModulePictureTest, TheBundledPicturesKeepTheirTransparency) {
-  for (const char* name : {"tests/ping", "tests/tcpport", "tests/http", "tests/monitoringplugin", "alerts/email",
-                           "alerts/webhook", "alerts/command"}) {
-    const QPixmap picture =
-        LoadModulePicture(QStringLiteral(QUARL_LAYOUT_DIR "/plugins/%1.dll").arg(QString::fromLatin1(name)));
-    ASSERT_EQ(picture.size(), QSize(48, 48)) << name;
-    const QImage image = picture.toImage();
-    EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0) << name;
-    EXPECT_EQ(image.pixelColor(47, 47).alpha(), 0) << name;
-    int opaque = 0;
-    for (int i = 0; i < 48 * 48; ++i) opaque += image.pixelColor(i % 48, i / 48).alpha() == 255 ? 1 : 0;
-    EXPECT_GT(opaque, 48 * 48 / 8) << name;
-  }
-}
-
 }  // namespace
 }  // namespace quarl::plugins
-
-int main(int argc, char** argv) {
-  ::testing::InitGoogleTest(&argc, argv);
-  QGuiApplication app(argc, argv);
-  return RUN_ALL_TESTS();
-}

@@ -31,20 +31,6 @@ class VersionInfoTest : public testing::Test {
   CFileVersionInfo info_;
 };
 
-TEST_F(VersionInfoTest, ReadsEveryFormatOfFile) {
-  for (const auto format : {ModuleFormat::Pe32, ModuleFormat::Pe32Plus, ModuleFormat::Elf32, ModuleFormat::Elf64}) {
-    CFileVersionInfo info;
-    info.SetFullPathName(Write(build::File(format, {build::Icon(), build::Version(UsualVersion())})));
-    EXPECT_TRUE(info.Available());
-    EXPECT_EQ(info.CompanyName(), QStringLiteral("Acme"));
-    EXPECT_EQ(info.ProductName(), QStringLiteral("Widget"));
-    EXPECT_EQ(info.Language(), QStringLiteral("English (United States)"));
-    EXPECT_EQ(info.FileType(), QStringLiteral("DLL"));
-    EXPECT_EQ(info.FileOS(), QStringLiteral("NT-Win32"));
-    EXPECT_EQ(info.VerStructure(), QStringLiteral("1.0"));
-  }
-}
-
 TEST_F(VersionInfoTest, JoinsVersionWords) {
   const struct {
     quint32 ms, ls;
@@ -56,44 +42,30 @@ TEST_F(VersionInfoTest, JoinsVersionWords) {
       {0x00010064, 0x00010000, "1.100.0100"},
   };
   for (const auto& row : rows) {
-    Fixed fixed;
-    fixed.fileMs = row.ms;
-    fixed.fileLs = row.ls;
-    Read(fixed);
+    Read({.fileMs = row.ms, .fileLs = row.ls});
     EXPECT_EQ(info_.VerFile().toStdString(), row.text);
     EXPECT_EQ(info_.VerProduct(), QStringLiteral("5.01.260000"));
+    EXPECT_EQ(info_.VerStructure(), QStringLiteral("1.0"));
   }
 }
 
 TEST_F(VersionInfoTest, NamesFlagsAndSystems) {
-  const struct {
-    quint32 flags;
-    const char* text;
-  } flags[] = {{0, ""},
-               {1, "Debug"},
-               {3, "Debug PreRel"},
-               {0x24, "Patched Special"},
-               {0xffffffc0, ""},
-               {0x18, "Private Info"},
-               {0x3f, "Debug PreRel Patched Private Info Special"}};
-  for (const auto& row : flags) {
-    Fixed fixed;
-    fixed.flags = row.flags;
-    Read(fixed);
-    EXPECT_EQ(info_.FileFlags().toStdString(), row.text);
+  const std::pair<quint32, const char*> flags[] = {{0, ""},
+                                                   {1, "Debug"},
+                                                   {3, "Debug PreRel"},
+                                                   {0x24, "Patched Special"},
+                                                   {0xffffffc0, ""},
+                                                   {0x18, "Private Info"},
+                                                   {0x3f, "Debug PreRel Patched Private Info Special"}};
+  for (const auto& [bits, text] : flags) {
+    Read({.flags = bits});
+    EXPECT_EQ(info_.FileFlags().toStdString(), text);
   }
-  const struct {
-    quint32 os;
-    const char* text;
-  } systems[] = {{0x00010001, "DOS-Win16"},     {0x00010004, "DOS-Win32"},
-                 {0x00020002, "OS/2-16 PM-16"}, {0x00030003, "OS/2-16 PM-32"},
-                 {0x00040004, "NT-Win32"},      {0x00040001, "Unknown"},
-                 {0x00040000, "Unknown"},       {0, "Unknown"}};
-  for (const auto& row : systems) {
-    Fixed fixed;
-    fixed.os = row.os;
-    Read(fixed);
-    EXPECT_EQ(info_.FileOS().toStdString(), row.text) << row.os;
+  const std::pair<quint32, const char*> systems[] = {
+      {0x00030003, "OS/2-16 PM-32"}, {0x00040004, "NT-Win32"}, {0x00040001, "Unknown"}, {0, "Unknown"}};
+  for (const auto& [os, text] : systems) {
+    Read({.os = os});
+    EXPECT_EQ(info_.FileOS().toStdString(), text) << os;
   }
 }
 
@@ -120,10 +92,7 @@ TEST_F(VersionInfoTest, NamesTypesAndLeavesASubtypeWithoutTextStanding) {
       {0xffffffff, 1, "Unknown", "Installable"},
   };
   for (const auto& row : rows) {
-    Fixed fixed;
-    fixed.type = row.type;
-    fixed.subtype = row.subtype;
-    Read(fixed);
+    Read({.type = row.type, .subtype = row.subtype});
     EXPECT_EQ(info_.FileType().toStdString(), row.typeText);
     EXPECT_EQ(info_.FileSubType().toStdString(), row.subtypeText) << row.type << '/' << row.subtype;
   }
@@ -139,31 +108,35 @@ QByteArray& TranslationOf(VersionNode& root) {
   return root.Child(QStringLiteral("VarFileInfo")).Child(QStringLiteral("Translation")).value;
 }
 
-struct OddBlock {
-  const char* name;
-  std::function<void(VersionNode&)> change;
-  const char *file, *company, *product, *language;
+/// What is read; where nothing is said, what is read of the usual record.
+struct Values {
+  const char *file = "1.02.0304", *company = "Acme", *product = "Widget", *language = "English (United States)";
 };
 
+struct OddBlock {
+  const char* name;
+  Values read;
+  std::function<void(VersionNode&)> change;
+};
+
+const Values kUsual, kNothing{.company = "", .product = "", .language = ""}, kGerman{.language = "German (Germany)"},
+    kNoLanguage{.language = ""}, kNoTexts{.company = "", .product = ""}, kNoCompany{.company = ""};
+
 const OddBlock kOddBlocks[] = {
-    {"usual", [](VersionNode&) {}, "1.02.0304", "Acme", "Widget", "English (United States)"},
-    {"no translation", [](VersionNode& n) { n.children.pop_back(); }, "1.02.0304", "", "", ""},
-    {"empty translation", [](VersionNode& n) { TranslationOf(n).clear(); }, "1.02.0304", "", "", ""},
-    {"short translation", [](VersionNode& n) { TranslationOf(n).chop(2); }, "1.02.0304", "", "", ""},
-    {"only English under another translation", [](VersionNode& n) { TranslationOf(n) = build::Words({0x04b00407}); },
-     "1.02.0304", "Acme", "Widget", "German (Germany)"},
-    {"first of two translations",
+    {"usual", kUsual, [](VersionNode&) {}},
+    {"no translation", kNothing, [](VersionNode& n) { n.children.pop_back(); }},
+    {"empty translation", kNothing, [](VersionNode& n) { TranslationOf(n).clear(); }},
+    {"short translation", kNothing, [](VersionNode& n) { TranslationOf(n).chop(2); }},
+    {"only English under another translation", kGerman,
+     [](VersionNode& n) { TranslationOf(n) = build::Words({0x04b00407}); }},
+    {"first of two translations", kUsual,
      [](VersionNode& n) {
        TranslationOf(n) = build::Words({0x04b00409, 0x04b00407});
-     },
-     "1.02.0304", "Acme", "Widget", "English (United States)"},
-    {"unknown language", [](VersionNode& n) { TranslationOf(n) = build::Words({0x04b07777}); }, "1.02.0304", "Acme",
-     "Widget", ""},
-    {"other code page", [](VersionNode& n) { TranslationOf(n) = build::Words({0x04e40409}); }, "1.02.0304", "", "",
-     "English (United States)"},
-    {"no company keeps the first table", [](VersionNode& n) { Company(n).key = QStringLiteral("Nobody"); }, "1.02.0304",
-     "", "Widget", "English (United States)"},
-    {"no company in the translated table",
+     }},
+    {"unknown language", kNoLanguage, [](VersionNode& n) { TranslationOf(n) = build::Words({0x04b07777}); }},
+    {"other code page", kNoTexts, [](VersionNode& n) { TranslationOf(n) = build::Words({0x04e40409}); }},
+    {"no company keeps the first table", kNoCompany, [](VersionNode& n) { Company(n).key = QStringLiteral("Nobody"); }},
+    {"no company in the translated table", kGerman,
      [](VersionNode& n) {
        VersionNode german = Table(n);
        german.key = QStringLiteral("040704B0");
@@ -171,29 +144,23 @@ const OddBlock kOddBlocks[] = {
        german.children.front().value = build::TextBytes(QStringLiteral("Ding"));
        n.children.front().children.push_back(german);
        TranslationOf(n) = build::Words({0x04b00407});
-     },
-     "1.02.0304", "Acme", "Widget", "German (Germany)"},
-    {"lower-case keys",
+     }},
+    {"lower-case keys", kUsual,
      [](VersionNode& n) {
        Table(n).key = QStringLiteral("040904b0");
        Company(n).key = QStringLiteral("companyname");
-     },
-     "1.02.0304", "Acme", "Widget", "English (United States)"},
-    {"length in bytes", [](VersionNode& n) { Company(n).valueLength = 10; }, "1.02.0304", "Acme", "Widget",
-     "English (United States)"},
-    {"length 0", [](VersionNode& n) { Company(n).valueLength = 0; }, "1.02.0304", "", "Widget",
-     "English (United States)"},
-    {"no NUL at the end", [](VersionNode& n) { Company(n).value.chop(2); }, "1.02.0304", "Acme", "Widget",
-     "English (United States)"},
-    {"NUL inside", [](VersionNode& n) { Company(n).value = build::TextBytes(QStringLiteral("Ac") + QChar(0) + u'x'); },
-     "1.02.0304", "Ac", "Widget", "English (United States)"},
-    {"beyond Latin", [](VersionNode& n) { Company(n).value = build::TextBytes(QStringLiteral("Ж株😀")); }, "1.02.0304",
-     "Ж株😀", "Widget", "English (United States)"},
-    {"lone surrogate", [](VersionNode& n) { Company(n).value = build::TextBytes(QChar(0xd800) + QStringLiteral("a")); },
-     "1.02.0304", "?a", "Widget", "English (United States)"},
-    {"no fixed part", [](VersionNode& n) { n.value.clear(); }, "", "Acme", "Widget", "English (United States)"},
-    {"fixed part of 48 bytes", [](VersionNode& n) { n.value.chop(4); }, "", "Acme", "Widget",
-     "English (United States)"},
+     }},
+    {"length in bytes", kUsual, [](VersionNode& n) { Company(n).valueLength = 10; }},
+    {"length 0", kNoCompany, [](VersionNode& n) { Company(n).valueLength = 0; }},
+    {"no NUL at the end", kUsual, [](VersionNode& n) { Company(n).value.chop(2); }},
+    {"NUL inside", Values{.company = "Ac"},
+     [](VersionNode& n) { Company(n).value = build::TextBytes(QStringLiteral("Ac") + QChar(0) + u'x'); }},
+    {"beyond Latin", Values{.company = "Ж株😀"},
+     [](VersionNode& n) { Company(n).value = build::TextBytes(QStringLiteral("Ж株😀")); }},
+    {"lone surrogate", Values{.company = "?a"},
+     [](VersionNode& n) { Company(n).value = build::TextBytes(QChar(0xd800) + QStringLiteral("a")); }},
+    {"no fixed part", Values{.file = ""}, [](VersionNode& n) { n.value.clear(); }},
+    {"fixed part of 48 bytes", Values{.file = ""}, [](VersionNode& n) { n.value.chop(4); }},
 };
 
 TEST_F(VersionInfoTest, ReadsOddBlocks) {
@@ -203,10 +170,10 @@ TEST_F(VersionInfoTest, ReadsOddBlocks) {
     CFileVersionInfo info;
     info.SetFullPathName(Write(node));
     EXPECT_TRUE(info.Available()) << row.name;
-    EXPECT_EQ(info.VerFile().toStdString(), row.file) << row.name;
-    EXPECT_EQ(info.CompanyName().toStdString(), row.company) << row.name;
-    EXPECT_EQ(info.ProductName().toStdString(), row.product) << row.name;
-    EXPECT_EQ(info.Language().toStdString(), row.language) << row.name;
+    EXPECT_EQ(info.VerFile().toStdString(), row.read.file) << row.name;
+    EXPECT_EQ(info.CompanyName().toStdString(), row.read.company) << row.name;
+    EXPECT_EQ(info.ProductName().toStdString(), row.read.product) << row.name;
+    EXPECT_EQ(info.Language().toStdString(), row.read.language) << row.name;
   }
 }
 
@@ -216,21 +183,18 @@ TEST_F(VersionInfoTest, TakesTheResourceWithId1InThePreferredLanguage) {
     Company(node).value = build::TextBytes(QString::fromLatin1(company));
     return node;
   };
-  const struct {
-    std::vector<build::Resource> resources;
-    const char* company;
-  } rows[] = {
+  const std::pair<std::vector<build::Resource>, const char*> rows[] = {
       {{build::Version(named("two"), 2)}, ""},
       {{build::Version(named("one"), 1, 0x407), build::Version(named("two"), 2)}, "one"},
       {{build::Version(named("english"), 1, 0x409), build::Version(named("german"), 1, 0x407)}, "english"},
       {{build::Version(named("english"), 1, 0x409), build::Version(named("neutral"), 1, 0)}, "neutral"},
       {{build::Version(named("french"), 1, 0x40c), build::Version(named("german"), 1, 0x407)}, "german"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [resources, company] : rows) {
     CFileVersionInfo info;
-    info.SetFullPathName(Write(build::File(ModuleFormat::Pe32, row.resources)));
-    EXPECT_EQ(info.CompanyName().toStdString(), row.company);
-    EXPECT_EQ(info.Available(), *row.company != 0);
+    info.SetFullPathName(Write(build::File(ModuleFormat::Pe32, resources)));
+    EXPECT_EQ(info.CompanyName().toStdString(), company);
+    EXPECT_EQ(info.Available(), *company != 0);
   }
 }
 
@@ -268,34 +232,23 @@ TEST_F(VersionInfoTest, NamesTheFileByItsAbsoluteNativePath) {
 }
 
 TEST_F(VersionInfoTest, ListsThePredefinedRows) {
-  const struct {
-    const char *name, *key;
-  } rows[] = {{"Comments", "Comments"},
-              {"Company Name", "CompanyName"},
-              {"File Description", "FileDescription"},
-              {"File Version", "FileVersion"},
-              {"Internal Name", "InternalName"},
-              {"Legal Copyright", "LegalCopyright"},
-              {"Legal Trademarks", "LegalTrademarks"},
-              {"Original Filename", "OriginalFilename"},
-              {"Product Name", "ProductName"},
-              {"Product Version", "ProductVersion"},
-              {"Private Build", "PrivateBuild"},
-              {"Special Build", "SpecialBuild"},
-              {"LegalTrademarks1", "LegalTrademarks1"},
-              {"LegalTrademarks2", "LegalTrademarks2"}};
+  // Each is the key of its value, with spaces.
+  const QStringList names = QStringLiteral(
+                                "Comments,Company Name,File Description,File Version,Internal Name,"
+                                "Legal Copyright,Legal Trademarks,Original Filename,Product Name,Product Version,"
+                                "Private Build,Special Build,LegalTrademarks1,LegalTrademarks2")
+                                .split(u',');
+  const auto keyOf = [](QString name) { return name.remove(u' '); };
   VersionNode node = UsualVersion();
   Table(node).children.clear();
-  for (const auto& row : rows) {
-    const QString key = QString::fromLatin1(row.key);
-    Table(node).children.push_back({key, build::TextBytes(u'<' + key + u'>'), true, -1, {}});
+  for (const QString& name : names) {
+    Table(node).children.push_back({keyOf(name), build::TextBytes(u'<' + name + u'>'), true, -1, {}});
   }
   info_.SetFullPathName(Write(node));
   qint32 index = 1;
-  for (const auto& row : rows) {
-    EXPECT_EQ(CFileVersionInfo::PredefinedName(index).toStdString(), row.name);
-    EXPECT_EQ(info_.PredefinedValue(index).toStdString(), std::string("<") + row.key + ">");
-    ++index;
+  for (const QString& name : names) {
+    EXPECT_EQ(CFileVersionInfo::PredefinedName(index), name);
+    EXPECT_EQ(info_.PredefinedValue(index++), u'<' + name + u'>');
   }
   EXPECT_EQ(CFileVersionInfo::PredefinedName(0), QStringLiteral("Language"));
   EXPECT_EQ(info_.PredefinedValue(0), QStringLiteral("English (United States)"));
@@ -303,7 +256,7 @@ TEST_F(VersionInfoTest, ListsThePredefinedRows) {
     EXPECT_EQ(CFileVersionInfo::PredefinedName(outside), QString());
     EXPECT_EQ(info_.PredefinedValue(outside), QString());
   }
-  EXPECT_EQ(info_.SpecialBuild(), QStringLiteral("<SpecialBuild>"));
+  EXPECT_EQ(info_.SpecialBuild(), QStringLiteral("<Special Build>"));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <cerrno>
 
+#include "base/Descriptor.h"
 #include "plugins/contract/ModuleError.h"
 #include "plugins/contract/ResourceTree.h"
 
@@ -18,18 +19,16 @@ namespace {
 }
 
 /// Opened without waiting, so that a pipe of that name cannot stop the caller.
-class Descriptor {
+class OpenedFile {
  public:
-  explicit Descriptor(const QString& path)
-      : fd_(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
-    if (fd_ < 0) ThrowUnreadable(errno);
+  explicit OpenedFile(const QString& path)
+      : file_(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+    if (!file_) ThrowUnreadable(errno);
   }
-  ~Descriptor() { ::close(fd_); }
-  Q_DISABLE_COPY_MOVE(Descriptor)
 
   qint64 RegularSize() const {
     struct stat status = {};
-    if (::fstat(fd_, &status) != 0) ThrowUnreadable(errno);
+    if (::fstat(file_.Get(), &status) != 0) ThrowUnreadable(errno);
     if (S_ISDIR(status.st_mode)) throw ModuleError(QStringLiteral("The name stands for a folder, not for a file."));
     if (!S_ISREG(status.st_mode)) throw ModuleError(QStringLiteral("The name stands for no ordinary file."));
     return status.st_size;
@@ -39,7 +38,7 @@ class Descriptor {
   qint64 Read(char* buffer, qint64 size) const {
     qint64 done = 0;
     while (done < size) {
-      const ssize_t got = ::read(fd_, buffer + done, static_cast<size_t>(size - done));
+      const ssize_t got = ::read(file_.Get(), buffer + done, static_cast<size_t>(size - done));
       if (got < 0 && errno == EINTR) continue;
       if (got < 0) ThrowUnreadable(errno);
       if (got == 0) break;
@@ -49,12 +48,12 @@ class Descriptor {
   }
 
  private:
-  int fd_;
+  Descriptor file_;
 };
 
 QByteArray ReadWhole(const QString& path) {
   if (path.isEmpty() || path.contains(QChar(u'\0'))) throw ModuleError(QStringLiteral("The name is no file name."));
-  const Descriptor file(path);
+  const OpenedFile file(path);
   const qint64 size = file.RegularSize();
   if (size > kLargestModule) {
     throw ModuleError(

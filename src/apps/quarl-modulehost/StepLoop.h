@@ -1,0 +1,74 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <unordered_map>
+
+#include "AnswerRoom.h"
+#include "HelperLibrary.h"
+#include "HostChannel.h"
+
+namespace quarl::host {
+
+/// Makes the checks of modules that make them in steps, all on the one thread that also reads the channel. Answers are
+/// gathered and sent together at the end of a turn. A step that does not come back is told of and ends the process.
+class StepLoop {
+ public:
+  /// Alive until the process ends, as the channel. Throws std::system_error.
+  explicit StepLoop(HostChannel& channel);
+  StepLoop(const StepLoop&) = delete;
+  StepLoop& operator=(const StepLoop&) = delete;
+
+  /// Makes the first step of a check.
+  /// @param steps FindSteps()'s of the module
+  void Begin(const HelperLibrary& helper, const void* steps, plugins::HostRequest request);
+  /// Waits until there is something to do and makes the steps that are due. True: the channel has something to read.
+  bool Turn();
+  /// Sends what was answered. False when the other end has gone.
+  bool Flush();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  struct Check {
+    plugins::HostRequest request;
+    QuarlCheckRequest question{};
+    decltype(&CheckStep) step = nullptr;
+    const HelperLibrary* helper = nullptr;
+    const void* steps = nullptr;
+    QuarlCheckWait wait{};
+    Clock::time_point end;  ///< its time limit
+    Clock::time_point due;
+    bool refused = false;  ///< waited for what cannot be waited for
+    int armed = -1;        ///< the descriptor whose event makes a step
+  };
+  void Step(std::uint64_t key, short came);
+  int16_t Call(Check& check, QuarlCheckResult& result);
+  void Await(std::uint64_t key, Check& check);
+  /// 0, or why the descriptor cannot be waited for.
+  int Arm(std::uint64_t key, Check& check) const;
+  void Disarm(Check& check) const;
+  void End(std::uint64_t key, const plugins::HostReply& reply);
+  void Answer(const Check& check, int16_t result, std::int64_t duration);
+  void Say(const plugins::HostReply& reply);
+  void StepDueOnes();
+  int UntilNextMs() const;
+  [[noreturn]] void Watch();
+
+  HostChannel& channel_;
+  int poll_ = -1;
+  bool watched_ = false;
+  std::uint64_t lastKey_ = 0;  ///< never used twice, so that a late event means nobody
+  std::unordered_map<std::uint64_t, Check> checks_;
+  std::set<std::pair<Clock::time_point, std::uint64_t>> due_;
+  AnswerRoom text_, performance_;
+  std::string answers_;
+  Clock::time_point answersSince_;           ///< when the first of them was made
+  std::atomic<std::uint64_t> stepping_ = 0;  ///< counts beginnings and ends: odd during a step
+  std::atomic<std::uint32_t> request_ = 0;   ///< of the step
+};
+
+}  // namespace quarl::host

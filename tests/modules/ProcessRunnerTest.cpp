@@ -1,0 +1,131 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <csignal>
+#include <thread>
+
+#include "kit/ProcessRunner.h"
+#include "support/Programs.h"
+
+namespace quarl::kit {
+namespace {
+
+using End = ProcessResult::End;
+using ::quarl::testing::CountProcesses;
+
+/// Runs lines of a shell, which this test asks for by its path like any other program.
+ProcessRequest Shell(const std::string& script, std::vector<std::string> arguments = {}) {
+  ProcessRequest request{"/bin/sh", {"-c", script, "sh"}};
+  request.arguments.insert(request.arguments.end(), arguments.begin(), arguments.end());
+  return request;
+}
+
+TEST(ProcessRunnerTest, TellsHowAProgramEndedAndWhatItWrote) {
+  const struct {
+    const char* name;
+    ProcessRequest request;
+    End end;
+    int code;
+    const char *output, *errors, *fault;
+  } cases[] = {{"Silent", {"/bin/true"}, End::Exited, 0, "", "", ""},
+               {"Code", Shell("echo out; echo err >&2; exit 42"), End::Exited, 42, "out\n", "err\n", ""},
+               {"Signal", Shell("kill -TERM $$"), End::Killed, SIGTERM, "", "", ""},
+               {"ArgumentsAsTheyAre", Shell("printf '<%s>' \"$@\"", {"a b", "$HOME", "; exit 3", "*", "", "\xc3\xa4"}),
+                End::Exited, 0, "<a b><$HOME><; exit 3><*><><\xc3\xa4>", "", ""},
+               {"EmptyInput", Shell("cat; echo end"), End::Exited, 0, "end\n", "", ""},
+               {"Missing", {"/nonexistent/program"}, End::NotStarted, 0, "", "", "does not exist"},
+               {"NoProgram", {"/etc/passwd"}, End::NotStarted, 0, "", "", "may not be run"},
+               {"Folder", {"/tmp"}, End::NotStarted, 0, "", "", "may not be run"},
+               {"RelativePath", {"true"}, End::NotStarted, 0, "", "", "must begin with a slash"},
+               {"NulInside", Shell("true", {std::string("a\0b", 3)}), End::NotStarted, 0, "", "", "NUL"},
+               {"TooLong", Shell("true", {std::string(1 << 20, 'x')}), End::NotStarted, 0, "", "", "too long"}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    const ProcessResult result = RunProcess(each.request);
+    EXPECT_EQ(result.end, each.end);
+    EXPECT_EQ(result.code, each.code);
+    EXPECT_EQ(result.output, each.output);
+    EXPECT_EQ(result.errors, each.errors);
+    EXPECT_NE(result.fault.find(each.fault), std::string::npos) << result.fault;
+    EXPECT_EQ(result.fault.empty(), each.end != End::NotStarted);
+    EXPECT_FALSE(result.cut);
+  }
+}
+
+TEST(ProcessRunnerTest, TheEnvironmentIsThisOneWithTheGivenVariables) {
+  ::setenv("QUARL_HANDED_ON", "kept", 1);
+  ::setenv("QUARL_REPLACED", "old", 1);
+  ProcessRequest request = Shell("echo \"$QUARL_HANDED_ON $QUARL_REPLACED $QUARL_NEW\"; env | grep -c QUARL_REPLACED");
+  request.environment = {{"QUARL_REPLACED", "new"}, {"QUARL_NEW", "a=b\nc"}};
+  EXPECT_EQ(RunProcess(request).output, "kept new a=b\nc\n1\n");
+}
+
+TEST(ProcessRunnerTest, OpenFilesAndSignalsAreNotHandedOn) {
+  QFile open(QStringLiteral("/etc/passwd"));
+  ASSERT_TRUE(open.open(QIODevice::ReadOnly));
+  const int inherited = ::dup(open.handle());  // without the flag that closes it
+  const auto before = std::signal(SIGUSR1, SIG_IGN);
+  const ProcessResult result = RunProcess(Shell(
+      "for f in 0 1 2 $1; do [ -e /proc/$$/fd/$f ] && echo $f; done; kill -USR1 $$", {std::to_string(inherited)}));
+  std::signal(SIGUSR1, before);
+  ::close(inherited);
+  EXPECT_EQ(result.output, "0\n1\n2\n");
+  EXPECT_EQ(result.end, End::Killed);
+  EXPECT_EQ(result.code, SIGUSR1);
+}
+
+TEST(ProcessRunnerTest, KeepsTheBeginningOfLongOutputOfBothStreams) {
+  ProcessRequest request = Shell("head -c 3000000 /dev/zero | tr '\\0' o; head -c 3000000 /dev/zero | tr '\\0' e >&2");
+  request.longestOutput = 1000;
+  const ProcessResult result = RunProcess(request);
+  EXPECT_EQ(result.end, End::Exited);
+  EXPECT_EQ(result.output, std::string(1000, 'o'));
+  EXPECT_EQ(result.errors, std::string(1000, 'e'));
+  EXPECT_TRUE(result.cut);
+}
+
+TEST(ProcessRunnerTest, ATimeOutEndsTheWholeGroup) {
+  const QByteArray mark = "4321." + QByteArray::number(::getpid());
+  ProcessRequest request =
+      Shell("trap '' TERM INT HUP; echo begun; sleep " + mark.toStdString() + " & sleep " + mark.toStdString());
+  request.limit = std::chrono::milliseconds(300);
+  const ProcessResult result = RunProcess(request);
+  EXPECT_EQ(result.end, End::TimedOut);
+  EXPECT_EQ(result.output, "begun\n");
+  // The grandchildren belong to nobody here, so that their end shows in /proc only.
+  for (int i = 0; i < 500 && CountProcesses(mark) > 0; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_EQ(CountProcesses(mark), 0);
+}
+
+TEST(ProcessRunnerTest, DoesNotWaitForWhatAProgramLeavesBehind) {
+  const ProcessResult result = RunProcess(Shell("echo said; sleep 4000 & echo $!"));
+  EXPECT_EQ(result.end, End::Exited);
+  ASSERT_EQ(result.output.substr(0, 5), "said\n");
+  EXPECT_EQ(::kill(std::stoi(result.output.substr(5)), SIGKILL), 0);
+}
+
+TEST(ProcessRunnerTest, ManyThreadsRunProgramsAtOnce) {
+  std::vector<std::thread> threads;
+  std::vector<int> wrong(8, 0);
+  for (std::size_t i = 0; i < wrong.size(); ++i) {
+    threads.emplace_back([&wrong, i] {
+      const std::string text = std::to_string(i);
+      for (int round = 0; round < 20; ++round) {
+        const ProcessResult result = RunProcess(Shell("echo $1; exit $1", {text}));
+        if (result.code != static_cast<int>(i) || result.output != text + "\n") ++wrong[i];
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, std::vector<int>(8, 0));
+}
+
+TEST(ProcessRunnerTest, FindsTheFirstLine) {
+  EXPECT_EQ(FirstLine(""), "");
+  EXPECT_EQ(FirstLine("\n \t\r\n\n"), "");
+  EXPECT_EQ(FirstLine("one"), "one");
+  EXPECT_EQ(FirstLine("\n\r\n  two words \r\nthree\n"), "two words");
+}
+
+}  // namespace
+}  // namespace quarl::kit

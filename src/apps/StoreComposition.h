@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <future>
 #include <memory>
+#include <vector>
 
 #include "base/Clock.h"
 #include "base/InstallPaths.h"
@@ -21,9 +23,13 @@ class StoreComposition final : public store::Stores {
   [[nodiscard]] store::SqlSetup Setup();
   /// The same for a store in another place.
   [[nodiscard]] store::SqlSetup Setup(store::StoreLocation location);
+  /// How the store lets time pass while it waits for checks; see SqlSetup. Before the first use.
+  void SetPause(std::function<void(int ms)> pause) { pause_ = std::move(pause); }
   /// Opens the store and reads the tree on a thread of its own, while the program does something else. The next use of
-  /// the store waits for the end and throws what went wrong.
+  /// the store waits for the end and throws what went wrong. CheckAside() is to follow.
   void OpenAhead();
+  /// SqlStores::CheckAside() for what OpenAhead() has opened. Throws StoreError for what was found.
+  [[nodiscard]] bool CheckAside();
   /// The store itself, for what the interfaces do not offer. Throws StoreError.
   [[nodiscard]] store::SqlStores& Sql();
 
@@ -35,13 +41,16 @@ class StoreComposition final : public store::Stores {
   store::LogStore& Log() override { return Sql().Log(); }
   store::InstallConfig& Install() override { return Sql().Install(); }
   store::TreeReader& Tree() override { return Sql().Tree(); }
+  std::unique_ptr<store::Change> BeginChange() override { return Sql().BeginChange(); }
 
  private:
   store::SqlStores& Made();
+  control::ServiceControl* ServiceOf(const store::StoreLocation& location);
 
   InstallPaths paths_;
-  control::NoService service_;
   SystemClock clock_;
+  std::function<void(int)> pause_;
+  std::vector<std::unique_ptr<control::ServiceControl>> services_;  ///< one a setup
   std::unique_ptr<store::SqlStores> sql_;
   std::future<void> opening_;
 };

@@ -16,7 +16,8 @@ enum class ServiceState : qint16 {
   Paused = 7,
 };
 
-/// State, start and stop of the monitoring service. Called on the user-interface thread; an answer is immediate.
+/// State, start and stop of the monitoring service. One thread uses an object; an answer comes within a fraction of a
+/// second, whatever the other side does.
 class ServiceControl {
  public:
   virtual ~ServiceControl() = default;

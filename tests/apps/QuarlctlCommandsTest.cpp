@@ -23,14 +23,9 @@ QByteArray NastyFile(unsigned seed) {
   return transfer::WriteConfiguration({NastyConfiguration(seed), QLatin1String(kNastyStore)});
 }
 
-QString S(const char* text) {
-  return QString::fromUtf8(text);
-}
-
 constexpr auto kPrivate = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
 
-// --- The command line
-// -------------------------------------------------------------------------------------------------
+// --- The command line ---
 
 struct UsageCase {
   const char* arguments;
@@ -71,7 +66,7 @@ TEST_F(QuarlctlTest, AnswersTheCommandLineWithItsExitCode) {
   };
   for (const UsageCase& each : cases) {
     SCOPED_TRACE(each.arguments);
-    const Ended run = Ctl(S(each.arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    const Ended run = Ctl(each.arguments);
     EXPECT_EQ(run.code, each.code) << ::testing::PrintToString(run);
     EXPECT_TRUE(*each.out == '\0' ? run.out.isEmpty() : run.out.contains(each.out)) << run.out.toStdString();
     EXPECT_TRUE(*each.err == '\0' ? run.err.isEmpty() : run.err.contains(each.err)) << run.err.toStdString();
@@ -79,25 +74,23 @@ TEST_F(QuarlctlTest, AnswersTheCommandLineWithItsExitCode) {
     for (const QByteArray& line : errorLines) EXPECT_TRUE(line.startsWith("quarlctl: ")) << line.toStdString();
   }
   for (const char* command : {"export", "import", "backup", "restore"}) {
-    const Ended run = Ctl({S(command), QString()});
+    const Ended run = Ctl({Q(command), QString()});
     EXPECT_EQ(run.code, 2) << command;
     EXPECT_TRUE(run.err.contains("name is empty")) << run.err.toStdString();
   }
   // As a script with an unset variable calls it: not the store that would be meant without the option.
-  for (const QStringList& empty : {QStringList{S("--store"), QString()}, QStringList{S("--store=")}}) {
-    EXPECT_NE(Ctl(empty + QStringList{S("init")}).code, 0);
+  for (const QStringList& empty : {QStringList{Q("--store"), QString()}, QStringList{Q("--store=")}}) {
+    EXPECT_NE(Ctl(empty + QStringList{Q("init")}).code, 0);
   }
   EXPECT_EQ(FilesBeside(), QStringList()) << "none of these makes anything";
 }
 
 TEST_F(QuarlctlTest, FailsWhenStandardOutputCannotBeWritten) {
-  MustCtl({S("init")});
-  outFile_ = S("/dev/full");
+  MustCtl("init");
+  outFile_ = Q("/dev/full");
   for (const char* arguments : {"list", "export", "list --json", "--help", "--version"}) {
     SCOPED_TRACE(arguments);
-    const Ended run = Ctl(S(arguments).split(QLatin1Char(' ')));
-    EXPECT_EQ(run.code, 1);
-    EXPECT_TRUE(run.err.contains("Standard output cannot be written")) << run.err.toStdString();
+    ExpectFailure(Ctl(arguments), "Standard output cannot be written");
   }
   outFile_.clear();
   // A pipe whose reader has gone.
@@ -107,176 +100,157 @@ TEST_F(QuarlctlTest, FailsWhenStandardOutputCannotBeWritten) {
     close(ends[0]);
     close(ends[1]);
   };
-  EXPECT_EQ(Ctl({S("list")}).code, 1);
+  EXPECT_EQ(Ctl("list").code, 1);
 }
 
-// --- init
-// -------------------------------------------------------------------------------------------------------------
+// --- init ---
 
 TEST_F(QuarlctlTest, InitMakesAStoreOnce) {
-  EXPECT_TRUE(MustCtl({S("init")}).contains("store.db"));
-  EXPECT_EQ(QFileInfo(Path(S("store.db"))).permissions(), kPrivate);
-  EXPECT_EQ(FilesBeside(), QStringList{S("store.db")});
-  const QByteArray exported = MustCtl({S("export")});
+  EXPECT_TRUE(MustCtl("init").contains("store.db"));
+  EXPECT_EQ(QFileInfo(Path(Q("store.db"))).permissions(), kPrivate);
+  EXPECT_EQ(FilesBeside(), QStringList{Q("store.db")});
+  const QByteArray exported = MustCtl("export");
 
-  const Ended again = Ctl({S("init"), S("--starter")});
-  EXPECT_EQ(again.code, 1);
-  EXPECT_TRUE(again.err.contains("exists already")) << again.err.toStdString();
-  EXPECT_EQ(MustCtl({S("export")}), exported);
+  ExpectFailure(Ctl("init --starter"), "exists already");
+  EXPECT_EQ(MustCtl("export"), exported);
 }
 
 TEST_F(QuarlctlTest, InitLeavesWhateverStandsInItsPlace) {
-  WriteFile(S("store.db"), "precious");
-  EXPECT_EQ(Ctl({S("init")}).code, 1);
-  EXPECT_EQ(Content(S("store.db")), "precious");
-  WriteFile(S("empty.db"), {});
-  EXPECT_EQ(Ctl({S("--store"), Store(S("empty.db")), S("init")}).code, 1);
-  EXPECT_EQ(Content(S("empty.db")), "");
-  ASSERT_TRUE(QFile::link(S("nowhere"), Path(S("link.db"))));
-  EXPECT_EQ(Ctl({S("--store"), Store(S("link.db")), S("init")}).code, 1);
-  EXPECT_EQ(QFile::symLinkTarget(Path(S("link.db"))), Path(S("nowhere")));
+  WriteFile(Q("store.db"), "precious");
+  EXPECT_EQ(Ctl("init").code, 1);
+  EXPECT_EQ(Content(Q("store.db")), "precious");
+  WriteFile(Q("empty.db"), {});
+  EXPECT_EQ(Ctl({Q("--store"), Store(Q("empty.db")), Q("init")}).code, 1);
+  EXPECT_EQ(Content(Q("empty.db")), "");
+  ASSERT_TRUE(QFile::link(Q("nowhere"), Path(Q("link.db"))));
+  EXPECT_EQ(Ctl({Q("--store"), Store(Q("link.db")), Q("init")}).code, 1);
+  EXPECT_EQ(QFile::symLinkTarget(Path(Q("link.db"))), Path(Q("nowhere")));
 }
 
 TEST_F(QuarlctlTest, NoNewStoreIsPutBesideTheLogOfAMissingOne) {
   for (const char* log : {"store.db-wal", "store.db-journal"}) {
     SCOPED_TRACE(log);
-    WriteFile(S(log), "the last changes");
-    for (const QStringList& command : {QStringList{S("init")}, QStringList{S("import"), S("-")}}) {
-      const Ended run = Ctl(command, R"({"format":"quarl-configuration","version":1})");
-      EXPECT_EQ(run.code, 1);
-      EXPECT_TRUE(run.err.contains("a log of it")) << run.err.toStdString();
-      EXPECT_EQ(FilesBeside(), QStringList{S(log)});
+    WriteFile(Q(log), "the last changes");
+    for (const QStringList& command : {QStringList{Q("init")}, Words("import -")}) {
+      ExpectFailure(Ctl(command, R"({"format":"quarl-configuration","version":1})"), "a log of it");
+      EXPECT_EQ(FilesBeside(), QStringList{Q(log)});
     }
-    ASSERT_TRUE(QFile::remove(Path(S(log))));
+    ASSERT_TRUE(QFile::remove(Path(Q(log))));
   }
 }
 
 TEST_F(QuarlctlTest, InitMakesTheUsersOwnStoreWithItsFolder) {
-  environment_.remove(S("QUARL_STORE"));
-  MustCtl({S("init")});
-  EXPECT_TRUE(QFileInfo::exists(Path(S("data/quarl/quarl.db"))));
+  environment_.remove(Q("QUARL_STORE"));
+  MustCtl("init");
+  EXPECT_TRUE(QFileInfo::exists(Path(Q("data/quarl/quarl.db"))));
 }
 
 TEST_F(QuarlctlTest, StarterHoldsTheModulesAndThisMachine) {
-  MustCtl({S("init"), S("--starter")});
-  const QJsonObject all = QJsonDocument::fromJson(MustCtl({S("list"), S("--json")})).object();
+  MustCtl("init --starter");
+  const QJsonObject all = QJsonDocument::fromJson(MustCtl("list --json")).object();
   QStringList types;
-  for (const QJsonValue& type : all[S("types")].toArray()) {
-    types << type[S("kind")].toString() + QLatin1Char(' ') + type[S("module")].toString() + QLatin1Char(' ') +
-                 type[S("name")].toString();
+  for (const QJsonValue& type : all[Q("types")].toArray()) {
+    types << type[Q("kind")].toString() + QLatin1Char(' ') + type[Q("module")].toString() + QLatin1Char(' ') +
+                 type[Q("name")].toString();
   }
   EXPECT_EQ(types.join(QLatin1Char('\n')).toStdString(),
-            "test http.dll HTTP(S)\ntest monitoringplugin.dll Monitoring-Plugins command\ntest ping.dll Ping\n"
-            "test tcpport.dll TCP port\nalert command.dll Command\nalert email.dll E-mail\nalert webhook.dll Webhook");
-  const QJsonObject schedule = all[S("groups")][0][S("schedule")].toObject();
-  EXPECT_EQ(schedule[S("enabled")].toBool(), true);
-  EXPECT_EQ(schedule[S("deltaTime")].toInt(), 5);
-  EXPECT_EQ(schedule[S("deltaType")].toString(), S("minutes"));
-  EXPECT_EQ(schedule[S("startTime")].toString(), S("00:00:00"));
-  const QDate start = QDate::fromString(schedule[S("startDate")].toString(), Qt::ISODate);
+            "test dns.dll DNS look-up\ntest http.dll HTTP(S)\ntest local.dll Local machine\n"
+            "test monitoringplugin.dll Monitoring-Plugins command\ntest ping.dll Ping\ntest tcpport.dll TCP port\n"
+            "alert command.dll Command\nalert desktop.dll Desktop note\nalert email.dll E-mail\n"
+            "alert syslog.dll System log\nalert webhook.dll Webhook");
+  const QJsonObject schedule = all[Q("groups")][0][Q("schedule")].toObject();
+  EXPECT_EQ(schedule[Q("enabled")].toBool(), true);
+  EXPECT_EQ(schedule[Q("deltaTime")].toInt(), 5);
+  EXPECT_EQ(schedule[Q("deltaType")].toString(), Q("minutes"));
+  EXPECT_EQ(schedule[Q("startTime")].toString(), Q("00:00:00"));
+  const QDate start = QDate::fromString(schedule[Q("startDate")].toString(), Qt::ISODate);
   EXPECT_LE(qAbs(start.daysTo(QDate::currentDate())), 1);
-  const QJsonArray servers = all[S("servers")].toArray();
+  const QJsonArray servers = all[Q("servers")].toArray();
   ASSERT_EQ(servers.size(), 1);
-  EXPECT_EQ(servers[0][S("name")].toString(), QSysInfo::machineHostName());
-  EXPECT_EQ(servers[0][S("ipAddress")].toString(), S("127.0.0.1"));
-  const QJsonArray tests = all[S("tests")].toArray();
+  EXPECT_EQ(servers[0][Q("name")].toString(), QSysInfo::machineHostName());
+  EXPECT_EQ(servers[0][Q("ipAddress")].toString(), Q("127.0.0.1"));
+  const QJsonArray tests = all[Q("tests")].toArray();
   ASSERT_EQ(tests.size(), 1);
-  EXPECT_EQ(tests[0][S("type")].toString(), S("Ping"));
-  EXPECT_EQ(tests[0][S("idServer")], servers[0][S("id")]);
+  EXPECT_EQ(tests[0][Q("type")].toString(), Q("Ping"));
+  EXPECT_EQ(tests[0][Q("idServer")], servers[0][Q("id")]);
 }
 
 TEST_F(QuarlctlTest, StarterWithoutItsModulesLeavesNoFile) {
-  const QString folder = Path(S("app"));
-  const struct {
-    const char* brokenModule;  ///< a file in the folder of test modules
-    const char* says;
-  } cases[] = {{nullptr, "ping"}, {"ping.dll", "ping.dll"}};
-  for (const auto& each : cases) {
-    ASSERT_TRUE(QDir().mkpath(folder + S("/plugins/tests")));
-    program_ = folder + S("/quarlctl");
-    ASSERT_TRUE(QFile::exists(program_) || QFile::copy(S(QUARL_QUARLCTL), program_));
-    if (each.brokenModule != nullptr)
-      WriteFile(S("app/plugins/tests/") + S(each.brokenModule),
+  const QString folder = Path(Q("app"));
+  // A broken file in the folder of test modules.
+  const std::pair<const char*, const char*> cases[] = {{nullptr, "ping"}, {"ping.dll", "ping.dll"}};
+  for (const auto& [brokenModule, says] : cases) {
+    ASSERT_TRUE(QDir().mkpath(folder + Q("/plugins/tests")));
+    program_ = folder + Q("/quarlctl");
+    ASSERT_TRUE(QFile::exists(program_) || QFile::copy(Q(QUARL_QUARLCTL), program_));
+    if (brokenModule != nullptr)
+      WriteFile(Q("app/plugins/tests/") + Q(brokenModule),
                 "\x7f"
                 "ELF broken");
-    const Ended run = Ctl({S("init"), S("--starter")});
-    EXPECT_EQ(run.code, 1);
-    EXPECT_TRUE(run.err.contains(each.says)) << run.err.toStdString();
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(FilesBeside(), QStringList{S("app")});
+    ExpectFailure(Ctl("init --starter"), says);
+    EXPECT_EQ(FilesBeside(), QStringList{Q("app")});
   }
 }
 
-// --- export
-// -----------------------------------------------------------------------------------------------------------
+// --- export ---
 
 TEST_F(QuarlctlTest, ExportWritesAPrivateFileAndKeepsOneThatIsThere) {
-  MustCtl({S("init"), S("--starter")});
-  const QByteArray text = MustCtl({S("export")});
-  EXPECT_EQ(MustCtl({S("export"), S("-")}), text);
-  EXPECT_EQ(MustCtl({S("export"), S("out.json")}), "");
-  EXPECT_EQ(Content(S("out.json")), text);
-  EXPECT_EQ(QFileInfo(Path(S("out.json"))).permissions(), kPrivate);
+  MustCtl("init --starter");
+  const QByteArray text = MustCtl("export");
+  EXPECT_EQ(MustCtl("export -"), text);
+  EXPECT_EQ(MustCtl("export out.json"), "");
+  EXPECT_EQ(Content(Q("out.json")), text);
+  EXPECT_EQ(QFileInfo(Path(Q("out.json"))).permissions(), kPrivate);
 
-  WriteFile(S("out.json"), "precious");
-  const Ended refused = Ctl({S("export"), S("out.json")});
-  EXPECT_EQ(refused.code, 1);
-  EXPECT_TRUE(refused.err.contains("--force")) << refused.err.toStdString();
-  EXPECT_EQ(Content(S("out.json")), "precious");
-  MustCtl({S("export"), S("out.json"), S("--force")});
-  EXPECT_EQ(Content(S("out.json")), text);
-  EXPECT_EQ(FilesBeside(), (QStringList{S("out.json"), S("store.db")}));
+  WriteFile(Q("out.json"), "precious");
+  ExpectFailure(Ctl("export out.json"), "--force");
+  EXPECT_EQ(Content(Q("out.json")), "precious");
+  MustCtl("export out.json --force");
+  EXPECT_EQ(Content(Q("out.json")), text);
+  EXPECT_EQ(FilesBeside(), Words("out.json store.db"));
 }
 
 TEST_F(QuarlctlTest, ExportThatCannotBeWrittenLeavesNothing) {
-  MustCtl({S("import"), S("-"), S("--allow-missing-modules")}, NastyFile(1));
-  ASSERT_TRUE(QDir(Path(S("."))).mkdir(S("folder")));
-  WriteFile(S("file"), "x");
-  WriteFile(S("old.json"), "precious");
-  const struct {
-    QStringList arguments;
-    const char* says;
-  } cases[] = {
-      {{S("folder")}, "is a folder"},
-      {{S("missing/out.json")}, "No such file"},
-      {{S("file/out.json")}, "Not a directory"},
-      {{S("/dev/full")}, "No space left"},
-      {{S("/dev/full"), S("--force")}, "No space left"},
+  MustCtl("import - --allow-missing-modules", NastyFile(1));
+  ASSERT_TRUE(QDir(Path(Q("."))).mkdir(Q("folder")));
+  WriteFile(Q("file"), "x");
+  WriteFile(Q("old.json"), "precious");
+  const std::pair<QStringList, const char*> cases[] = {
+      {{Q("folder")}, "is a folder"},
+      {{Q("missing/out.json")}, "No such file"},
+      {{Q("file/out.json")}, "Not a directory"},
+      {{Q("/dev/full")}, "No space left"},
+      {{Q("/dev/full"), Q("--force")}, "No space left"},
       {{QString(300, QLatin1Char('n'))}, "too long"},
-      {{S("/proc/out.json")}, "cannot be written"},
+      {{Q("/proc/out.json")}, "cannot be written"},
   };
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.arguments.join(QLatin1Char(' ')).toStdString());
-    const Ended run = Ctl(QStringList{S("export")} + each.arguments);
-    EXPECT_EQ(run.code, 1);
-    EXPECT_TRUE(run.err.contains(each.says)) << run.err.toStdString();
+  for (const auto& [arguments, says] : cases) {
+    SCOPED_TRACE(arguments.join(QLatin1Char(' ')).toStdString());
+    ExpectFailure(Ctl(QStringList{Q("export")} + arguments), says);
   }
-  EXPECT_FALSE(QFileInfo(S("/dev/full")).isFile()) << "a device is not replaced";
+  EXPECT_FALSE(QFileInfo(Q("/dev/full")).isFile()) << "a device is not replaced";
   // A disk that is full while the file is written.
   beforeStart_ = [] {
     const rlimit limit{100000, 100000};  // enough to open the store
     std::signal(SIGXFSZ, SIG_IGN);
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(99);
   };
-  const Ended full = Ctl({S("export"), S("new.json")});
-  EXPECT_EQ(full.code, 1);
-  EXPECT_TRUE(full.err.contains("new.json cannot be written: File too large")) << full.err.toStdString();
-  EXPECT_EQ(Ctl({S("export"), S("old.json"), S("--force")}).code, 1);
-  EXPECT_EQ(Content(S("old.json")), "precious");
-  EXPECT_EQ(FilesBeside(), (QStringList{S("file"), S("folder"), S("old.json"), S("store.db")}));
+  ExpectFailure(Ctl("export new.json"), "new.json cannot be written: File too large");
+  EXPECT_EQ(Ctl("export old.json --force").code, 1);
+  EXPECT_EQ(Content(Q("old.json")), "precious");
+  EXPECT_EQ(FilesBeside(), Words("file folder old.json store.db"));
 }
 
 TEST_F(QuarlctlTest, ExportFollowsALinkToItsFile) {
-  MustCtl({S("init")});
-  WriteFile(S("real.json"), "old");
-  ASSERT_TRUE(QFile::link(Path(S("real.json")), Path(S("link.json"))));
-  MustCtl({S("export"), S("link.json"), S("--force")});
-  EXPECT_TRUE(QFileInfo(Path(S("link.json"))).isSymLink());
-  EXPECT_EQ(Content(S("real.json")), MustCtl({S("export")}));
+  MustCtl("init");
+  WriteFile(Q("real.json"), "old");
+  ASSERT_TRUE(QFile::link(Path(Q("real.json")), Path(Q("link.json"))));
+  MustCtl("export link.json --force");
+  EXPECT_TRUE(QFileInfo(Path(Q("link.json"))).isSymLink());
+  EXPECT_EQ(Content(Q("real.json")), MustCtl("export"));
 }
 
-// --- list
-// -------------------------------------------------------------------------------------------------------------
+// --- list ---
 
 const char* const kListed = R"({"format":"quarl-configuration","version":1,"groups":[
   {"name":"漢字","description":"wide","servers":[
@@ -289,33 +263,33 @@ const char* const kListed = R"({"format":"quarl-configuration","version":1,"grou
    "deltaType":"hours"}}]})";
 
 TEST_F(QuarlctlTest, ListsForPeopleAreAlignedAndCannotBeForged) {
-  MustCtl({S("import"), S("-")}, kListed);
-  EXPECT_EQ(MustCtl({S("list"), S("groups")}).toStdString(),
+  MustCtl("import -", kListed);
+  EXPECT_EQ(MustCtl("list groups").toStdString(),
             "ID  NAME     DESCRIPTION  SCHEDULE\n"
             "0   SERVERS               none\n"
             "5   plain                 every 2 hours from 2026-01-31 23:59:59 (off)\n"
             "1   漢字     wide         none\n");
-  EXPECT_EQ(MustCtl({S("list"), S("servers")}).toStdString(),
+  EXPECT_EQ(MustCtl("list servers").toStdString(),
             "ID  NAME               ADDRESS  GROUP  STATE  THRESHOLD  SCHEDULE\n"
             "2   a\\nADMIN  1.2.3.4  1.1.1.1  漢字          3          none\n"
             "3   b\\u001b]0;x\\u0007           漢字          -1         none\n"
             "4   e\u0301 \U0001f600 \\u202ex       ::1      漢字          3          none\n");
-  EXPECT_EQ(MustCtl({S("list"), S("alerts")}).toStdString(),
+  EXPECT_EQ(MustCtl("list alerts").toStdString(),
             "ID  NAME  TYPE   OF      OWNER\n"
             "2   G     email  group   漢字\n"
             "1   M     email  server  e\u0301 \U0001f600 \\u202ex\n");
-  EXPECT_EQ(MustCtl({S("list"), S("types")}).toStdString(),
+  EXPECT_EQ(MustCtl("list types").toStdString(),
             "KIND   ID  NAME   MODULE\n"
             "test   1   ping   ping.dll\n"
             "alert  1   email  email.dll\n");
-  const QByteArray all = MustCtl({S("list")});
+  const QByteArray all = MustCtl("list");
   for (const char* part : {"groups\nID", "\n\nservers\nID", "\n\ntests\nID", "\n\nalerts\nID", "\n\ntypes\nKIND"}) {
     EXPECT_TRUE(all.contains(part)) << all.toStdString();
   }
 }
 
 TEST_F(QuarlctlTest, ListsForScriptsKeepEveryText) {
-  MustCtl({S("import"), S("-"), S("--allow-missing-modules")}, NastyFile(3));
+  MustCtl("import - --allow-missing-modules", NastyFile(3));
   const store::Configuration configuration = NastyConfiguration(3);
   QStringList names;
   for (const store::ServerConfiguration& server : configuration.root.servers) names << server.name;
@@ -323,13 +297,13 @@ TEST_F(QuarlctlTest, ListsForScriptsKeepEveryText) {
     for (const store::ServerConfiguration& server : group.servers) names << server.name;
   }
   QStringList listed;
-  for (const QJsonValue& server : QJsonDocument::fromJson(MustCtl({S("list"), S("servers"), S("--json")})).array()) {
-    listed << server[S("name")].toString();
+  for (const QJsonValue& server : QJsonDocument::fromJson(MustCtl("list servers --json")).array()) {
+    listed << server[Q("name")].toString();
   }
   names.sort();
   listed.sort();
   EXPECT_EQ(listed, names);
-  const Ended table = Ctl({S("list")});
+  const Ended table = Ctl("list");
   EXPECT_EQ(table.code, 0);
   for (const char c : table.out) ASSERT_TRUE(c == '\n' || static_cast<unsigned char>(c) >= 0x20);
 }

@@ -18,6 +18,10 @@ void PrintTo(const Ended& run, std::ostream* out) {
   *out << "exit " << run.code << "\nstdout: " << run.out.toStdString() << "\nstderr: " << run.err.toStdString();
 }
 
+void ExpectFailure(const Ended& run, const QByteArray& says) {
+  EXPECT_TRUE(run.code == 1 && run.out.isEmpty() && run.err.contains(says)) << ::testing::PrintToString(run);
+}
+
 QuarlctlTest::QuarlctlTest()
     : program_(QStringLiteral(QUARL_QUARLCTL)), environment_(QProcessEnvironment::systemEnvironment()) {
   environment_.insert(QStringLiteral("QUARL_STORE"), Store(QStringLiteral("store.db")));

@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
-#include <QJsonDocument>
 #include <QProcessEnvironment>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <functional>
+
+#include "support/Text.h"
 
 // How the test library shows Qt's values in its messages.
 void PrintTo(const QByteArray& bytes, std::ostream* out);
@@ -23,6 +24,9 @@ struct Ended {
 
 void PrintTo(const Ended& run, std::ostream* out);
 
+/// Fails unless the run failed, wrote nothing to its standard output, and said this.
+void ExpectFailure(const Ended& run, const QByteArray& says);
+
 /// Tests of the real quarlctl on stores in a folder of their own; the program knows no other store.
 class QuarlctlTest : public ::testing::Test {
  protected:
@@ -33,8 +37,10 @@ class QuarlctlTest : public ::testing::Test {
   QString Store(const QString& name) const { return QStringLiteral("sqlite:") + Path(name); }
   /// Runs quarlctl with $QUARL_STORE = store.db in the test's folder, which is the current one as well.
   Ended Ctl(const QStringList& arguments, const QByteArray& input = {}) const;
+  Ended Ctl(const char* words, const QByteArray& input = {}) const { return Ctl(Words(words), input); }
   /// The same, failing the test unless it succeeds.
   QByteArray MustCtl(const QStringList& arguments, const QByteArray& input = {}) const;
+  QByteArray MustCtl(const char* words, const QByteArray& input = {}) const { return MustCtl(Words(words), input); }
 
   QByteArray Content(const QString& name) const;
   void WriteFile(const QString& name, const QByteArray& bytes) const;

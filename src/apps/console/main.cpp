@@ -3,11 +3,16 @@
 #include <QApplication>
 
 #include "apps/StoreComposition.h"
+#include "apps/console/CheckWhenShown.h"
+#include "plugins/ModuleWaitDialog.h"
+#include "plugins/contract/HostedCalls.h"
 #include "ui/ColourScheme.h"
+#include "ui/PaintingPause.h"
 #include "ui/PictureIcon.h"
 
 int main(int argc, char** argv) {
   quarl::apps::StoreComposition stores;
+  stores.SetPause(&quarl::ui::PaintingPause::Run);
   stores.OpenAhead();
   QApplication app(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("Quarl Console"));
@@ -17,8 +22,13 @@ int main(int argc, char** argv) {
 
   QGuiApplication::setWindowIcon(quarl::ui::PictureIcon(QStringLiteral("quarl")));
   quarl::ui::FollowDesktopColourScheme();
-  quarl::shell::Main window(stores, quarl::InstallPaths::OfThisProgram());
+  const quarl::InstallPaths paths = quarl::InstallPaths::OfThisProgram();
+  quarl::plugins::ModuleWaitDialog wait(nullptr);
+  quarl::plugins::HostedCalls modules(paths, wait);
+  quarl::shell::Main window(stores, paths, modules);
+  wait.SetWindow(&window);
   window.Form_Load();
   window.show();
+  quarl::apps::CheckWhenShown(stores, window);
   return QApplication::exec();
 }

@@ -11,10 +11,6 @@
 namespace quarl::ctl {
 namespace {
 
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kUsage = 2;
-
 constexpr const char* kFooter =
     "Without --store the store is $QUARL_STORE, else the one that /etc/quarl/store.conf\n"
     "names, else quarl/quarl.db in your data folder.\n"
@@ -35,6 +31,8 @@ class Arguments {
   /// Nothing when the option was not given; given and empty is no location.
   std::optional<std::string> Store() const { return storeOption_->count() > 0 ? std::optional(store_) : std::nullopt; }
   const Command& Chosen() const;
+  /// "check" was chosen, whose exit codes are others.
+  bool AsksForCheck() const { return app_.got_subcommand("check"); }
   /// What is wrong with the arguments.
   QString Fault(const CLI::ParseError& fault) const;
   /// What --help and --version print.
@@ -44,7 +42,7 @@ class Arguments {
   CLI::App app_{"Sets up, saves and shows the store of the Quarl server monitor.", "quarlctl"};
   std::string store_;
   CLI::Option* storeOption_ = nullptr;  // the app's
-  std::array<Command, 6> commands_;
+  std::array<Command, 11> commands_;
 };
 
 Arguments::Arguments() {
@@ -55,7 +53,8 @@ Arguments::Arguments() {
   app_.fallthrough();
   app_.footer(kFooter);
   app_.get_formatter()->column_width(28);
-  commands_ = {AddInit(app_), AddExport(app_), AddImport(app_), AddBackup(app_), AddRestore(app_), AddList(app_)};
+  commands_ = {AddInit(app_),   AddExport(app_), AddImport(app_), AddBackup(app_), AddRestore(app_), AddList(app_),
+               AddStatus(app_), AddStart(app_),  AddStop(app_),   AddCheck(app_),  AddSet(app_)};
 }
 
 const Command& Arguments::Chosen() const {
@@ -90,7 +89,7 @@ int RunChosen(const Arguments& arguments) {
   if (const auto store = arguments.Store()) session.store.SetLocation(TextOf(*store));
   arguments.Chosen().run(session);
   session.terminal.Flush();
-  return kDone;
+  return session.exitCode;
 }
 
 int ParseAndRun(int argc, char** argv) {
@@ -106,7 +105,7 @@ int ParseAndRun(int argc, char** argv) {
     }
     Terminal::Complain(arguments.Fault(fault));
     Terminal::Complain(QStringLiteral("\"quarlctl --help\" tells how it is called."));
-    return kUsage;
+    return arguments.AsksForCheck() ? kCheckUnknown : kUsage;
   }
   return RunChosen(arguments);
 }

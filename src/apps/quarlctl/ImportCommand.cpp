@@ -3,10 +3,11 @@
 
 #include "apps/quarlctl/CommandError.h"
 #include "apps/quarlctl/Commands.h"
+#include "apps/quarlctl/FileBytes.h"
 #include "apps/quarlctl/ModuleCheck.h"
-#include "apps/quarlctl/WholeFile.h"
 #include "transfer/ConfigurationDiff.h"
 #include "transfer/ConfigurationMerge.h"
+#include "transfer/Secrets.h"
 #include "transfer/TransferError.h"
 
 namespace quarl::ctl {
@@ -59,13 +60,17 @@ void CheckModules(const store::Configuration& before, const store::Configuration
   }
 }
 
-void PrintPlan(Terminal& terminal, const transfer::ConfigurationDiff& diff, bool dryRun) {
+/// @param secretless how many tests and alerts come without their passwords.
+void PrintPlan(Terminal& terminal, const transfer::ConfigurationDiff& diff, int secretless, bool dryRun) {
   for (const QString& line : diff.lines) terminal.PrintLine(line);
   const QString counts =
       QStringLiteral("%1 added, %2 changed, %3 removed")
           .arg(QString::number(diff.added), QString::number(diff.changed), QString::number(diff.removed));
   terminal.PrintLine(dryRun ? QStringLiteral("Nothing was written; the import would make: %1.").arg(counts)
                             : QStringLiteral("Imported: %1.").arg(counts));
+  if (secretless == 0) return;
+  terminal.PrintLine(
+      QStringLiteral("Records that the file leaves without passwords, to be entered again: %1.").arg(secretless));
 }
 
 /// The plan as it was printed; nothing is written when the store is as the file wants it.
@@ -84,9 +89,12 @@ Plan MakePlan(Session& session, const transfer::ConfigurationFile& file, const C
     throw CommandError(error.Description() +
                        QStringLiteral(" --replace makes this store hold what the file holds and nothing else."));
   }
+  const bool foreign = !file.storeId.isEmpty() && file.storeId != target.storeId;
+  const int secretless =
+      transfer::RestoreSecrets(plan.configuration, foreign ? store::Configuration() : target.configuration);
   CheckModules(target.configuration, plan.configuration, session, options.allowMissingModules);
   const auto diff = transfer::CompareConfigurations(target.configuration, plan.configuration);
-  PrintPlan(session.terminal, diff, options.dryRun);
+  PrintPlan(session.terminal, diff, secretless, options.dryRun);
   plan.changes = !diff.lines.isEmpty();
   return plan;
 }

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "apps/quarlctl/CommandError.h"
-#include "apps/quarlctl/WholeFile.h"
+#include "apps/quarlctl/FileBytes.h"
 #include "transfer/VisibleText.h"
 
 namespace quarl::ctl {

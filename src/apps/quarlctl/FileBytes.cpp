@@ -1,4 +1,4 @@
-#include "apps/quarlctl/WholeFile.h"
+#include "apps/quarlctl/FileBytes.h"
 
 #include <fcntl.h>
 #include <unistd.h>

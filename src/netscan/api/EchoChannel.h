@@ -26,6 +26,8 @@ class EchoChannel {
   virtual std::optional<EchoAnswer> Receive() = 0;
   /// Returns as soon as there may be something to receive, at the latest after this time.
   virtual void Wait(std::chrono::milliseconds atMost) = 0;
+  /// For poll(); -1 when there is none. Owned by the channel.
+  virtual int Descriptor() const { return -1; }
 };
 
 }  // namespace quarl::netscan

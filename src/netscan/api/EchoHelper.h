@@ -24,6 +24,7 @@ class EchoHelper final : public EchoChannel {
   bool Send(std::uint16_t sequence, in_addr_t address) override;
   std::optional<EchoAnswer> Receive() override;
   void Wait(std::chrono::milliseconds atMost) override;
+  int Descriptor() const override { return ended_ ? -1 : descriptor_; }
 
  private:
   EchoHelper(int descriptor, pid_t process);

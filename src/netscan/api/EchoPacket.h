@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string_view>
 
+#include "netscan/api/Bytes.h"
 #include "netscan/api/EchoStatus.h"
 
 // The bytes of echoes on the wire. No Qt here: the helper program uses it too.
@@ -19,8 +19,6 @@ namespace quarl::netscan {
 inline constexpr std::string_view kEchoData = "TEST_DATA";
 inline constexpr std::size_t kIcmpHeaderSize = 8;
 inline constexpr std::size_t kEchoSize = kIcmpHeaderSize + kEchoData.size();
-
-using Bytes = std::span<const std::uint8_t>;
 
 /// How one echo of a channel ended. The address is the host that answered, or for an error the host that was asked;
 /// network byte order.

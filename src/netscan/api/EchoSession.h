@@ -39,6 +39,13 @@ class EchoSession {
   bool AskAll(std::span<const in_addr_t> addresses, const EchoLimits& limits, const Report& report,
               const std::stop_token& stop = {});
 
+  /// The same in steps, for a thread that also waits for other things.
+  void Begin(std::vector<in_addr_t> addresses, const EchoLimits& limits, Report report, std::stop_token stop = {});
+  bool Finished() const { return run_.next >= run_.addresses.size() && run_.underWay.empty(); }
+  /// Takes what has come in, gives up what is late and sends what may leave, without waiting. Returns the time after
+  /// which the next step is due when nothing comes in before.
+  std::chrono::milliseconds Step();
+
  private:
   struct UnderWay {
     std::uint16_t sequence;
@@ -47,23 +54,24 @@ class EchoSession {
     Clock::time_point sent;
   };
   struct Run {
-    std::span<const in_addr_t> addresses;
-    EchoLimits limits;
-    const Report& report;
-    const std::stop_token& stop;
+    std::vector<in_addr_t> addresses{};
+    EchoLimits limits{};
+    Report report{};
+    std::stop_token stop{};
     std::size_t next = 0;              ///< the first address that was not sent to
     std::vector<UnderWay> underWay{};  ///< oldest first
     Clock::time_point busySince = {};  ///< the epoch while the channel takes echoes
   };
-  void SendMore(Run& run);
-  void TakeAnswers(Run& run);
-  void GiveUpOld(Run& run);
-  std::chrono::milliseconds LongestWait(const Run& run) const;
-  std::uint16_t NextSequence(const Run& run);
+  void SendMore();
+  void TakeAnswers();
+  void GiveUpOld();
+  std::chrono::milliseconds LongestWait() const;
+  std::uint16_t NextSequence();
 
   EchoChannel& channel_;
   Now now_;
   std::uint16_t sequence_ = 0;
+  Run run_;
 };
 
 }  // namespace quarl::netscan

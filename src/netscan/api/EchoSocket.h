@@ -18,8 +18,7 @@ class EchoSocket final : public EchoChannel {
   bool Send(std::uint16_t sequence, in_addr_t address) override;
   std::optional<EchoAnswer> Receive() override;
   void Wait(std::chrono::milliseconds atMost) override;
-  /// For poll(); owned by this object.
-  int Descriptor() const { return descriptor_; }
+  int Descriptor() const override { return descriptor_; }
 
  private:
   EchoSocket(int descriptor, EchoMethod method);

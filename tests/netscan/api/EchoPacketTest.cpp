@@ -1,11 +1,10 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
-#include <QByteArray>
-
 #include "netscan/api/Echo.h"
 #include "netscan/api/EchoLine.h"
 #include "netscan/api/EchoPace.h"
+#include "netscan/api/TestPackets.h"
 
 namespace quarl::netscan {
 namespace {
@@ -17,10 +16,6 @@ constexpr const char* kRequest = "08005c9212340007544553545f44415441";
 constexpr const char* kReply = "0000649212340007544553545f44415441";
 constexpr const char* kHeader = "450000250000000040010000";  // 20 bytes with the two addresses below
 constexpr const char* kAddresses = "0a4d00020a4d0001";
-
-Bytes View(const QByteArray& bytes) {
-  return {reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())};
-}
 
 TEST(EchoPacket, RequestIsTheKnownMessage) {
   const auto made = MakeEchoRequest(kId, 7);
@@ -51,7 +46,7 @@ TEST(EchoPacket, OnlyWholeOwnRepliesAreRead) {
   };
   for (const ReplyCase& c : cases) {
     const QByteArray bytes = QByteArray::fromHex(c.icmp);
-    const auto sequence = ReadEchoReply(View(bytes), c.id);
+    const auto sequence = ReadEchoReply(BytesOf(bytes), c.id);
     EXPECT_EQ(sequence.has_value(), c.accepted) << c.name;
     if (sequence) {
       EXPECT_EQ(*sequence, 7) << c.name;
@@ -77,7 +72,7 @@ TEST(EchoPacket, HeaderOfTheIpPacketIsSkipped) {
   };
   for (const auto& [hex, accepted] : cases) {
     const QByteArray bytes = QByteArray::fromHex(hex);
-    const auto icmp = IcmpOfPacket(View(bytes));
+    const auto icmp = IcmpOfPacket(BytesOf(bytes));
     EXPECT_EQ(icmp && ReadEchoReply(*icmp, kId) == 7, accepted) << hex.constData();
   }
 }
@@ -85,7 +80,7 @@ TEST(EchoPacket, HeaderOfTheIpPacketIsSkipped) {
 TEST(EchoPacket, QuotedRequestNeedsNoData) {
   const auto read = [](const QByteArray& hex, std::optional<std::uint16_t> id) {
     const QByteArray bytes = QByteArray::fromHex(hex);
-    return ReadQuotedRequest(View(bytes), id);
+    return ReadQuotedRequest(BytesOf(bytes), id);
   };
   EXPECT_EQ(read(QByteArray(kRequest).left(16), kId), 7);
   EXPECT_EQ(read(QByteArray(kRequest).left(14), kId), std::nullopt);
@@ -102,25 +97,25 @@ TEST(EchoStatus, MessagesThatEndNoEcho) {
 
 TEST(EchoAddress, FollowsInetAddr) {
   const std::pair<QString, std::optional<std::uint32_t>> cases[] = {
-      {QStringLiteral("1.2.3.4"), 0x01020304},
-      {QStringLiteral("0.0.0.0"), 0},
-      {QStringLiteral("1.2.3"), 0x01020003},
-      {QStringLiteral("10"), 10},
-      {QStringLiteral("0x7f.1"), 0x7f000001},
-      {QStringLiteral("010.0.0.1"), 0x08000001},
-      {QStringLiteral("1.2.3.4 "), 0x01020304},
-      {QStringLiteral(" 1.2.3.4"), std::nullopt},
-      {QStringLiteral("256.1.1.1"), std::nullopt},
-      {QStringLiteral("1.2.3.256"), std::nullopt},
-      {QStringLiteral("1.2.3.4.5"), std::nullopt},
-      {QStringLiteral("1..2.3"), std::nullopt},
-      {QStringLiteral("-1.2.3.4"), std::nullopt},
+      {Q("1.2.3.4"), 0x01020304},
+      {Q("0.0.0.0"), 0},
+      {Q("1.2.3"), 0x01020003},
+      {Q("10"), 10},
+      {Q("0x7f.1"), 0x7f000001},
+      {Q("010.0.0.1"), 0x08000001},
+      {Q("1.2.3.4 "), 0x01020304},
+      {Q(" 1.2.3.4"), std::nullopt},
+      {Q("256.1.1.1"), std::nullopt},
+      {Q("1.2.3.256"), std::nullopt},
+      {Q("1.2.3.4.5"), std::nullopt},
+      {Q("1..2.3"), std::nullopt},
+      {Q("-1.2.3.4"), std::nullopt},
       {QString(), std::nullopt},
-      {QStringLiteral("server1"), std::nullopt},
-      {QStringLiteral("255.255.255.255"), std::nullopt},
-      {QStringLiteral("::1"), std::nullopt},
-      {QStringLiteral("1.2.3.\u0664"), std::nullopt},
-      {QStringLiteral("1.2.3.4") + QChar(), std::nullopt},
+      {Q("server1"), std::nullopt},
+      {Q("255.255.255.255"), std::nullopt},
+      {Q("::1"), std::nullopt},
+      {Q("1.2.3.\u0664"), std::nullopt},
+      {Q("1.2.3.4") + QChar(), std::nullopt},
   };
   for (const auto& [text, expected] : cases) {
     const auto address = EchoAddress(text);

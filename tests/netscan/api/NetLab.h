@@ -3,6 +3,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include "netscan/api/NetSpace.h"
+
 namespace quarl::netscan {
 
 /// Two network namespaces of the test's own, joined by one cable. Near (10.77.0.1) asks; far (10.77.0.2) answers and
@@ -11,20 +13,15 @@ namespace quarl::netscan {
 class NetLab {
  public:
   enum class Side { Near, Far };
-  enum class User { Root, Nobody, NobodyConfined };
-  struct Outcome {
-    int exitCode = -1;
-    QStringList output;  ///< lines of the standard output
-    QString errors;
-  };
+  using User = TestUser;
+  using Outcome = NetSpace::Outcome;
 
   NetLab();
-  ~NetLab();
   NetLab(const NetLab&) = delete;
   NetLab& operator=(const NetLab&) = delete;
 
   /// Why there is no laboratory here; empty when it stands.
-  const QString& Missing() const { return missing_; }
+  QString Missing() const;
   /// The value of a file below /proc/sys/net/ipv4.
   void Set(Side side, const char* name, const char* value);
   /// Runs a program on near to its end.
@@ -36,12 +33,11 @@ class NetLab {
  private:
   void Build();
   void AwaitCable();
-  void Batch(int space, const char* commands);
-  int SpaceOf(Side side) const { return side == Side::Near ? near_ : far_; }
+  NetSpace& SpaceOf(Side side) { return side == Side::Near ? near_ : far_; }
 
   QTemporaryDir programs_;
   QString missing_;
-  int own_ = -1, near_ = -1, far_ = -1;
+  NetSpace near_, far_;
 };
 
 }  // namespace quarl::netscan

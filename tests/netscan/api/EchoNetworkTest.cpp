@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "netscan/NetLab.h"
 #include "netscan/api/EchoSocket.h"
+#include "netscan/api/NetLab.h"
 
 namespace quarl::netscan {
 namespace {
@@ -13,8 +13,8 @@ class EchoNetwork : public ::testing::Test {
  protected:
   void SetUp() override {
     if (!lab_.Missing().isEmpty()) GTEST_SKIP() << lab_.Missing().toStdString();
-    probe_ = lab_.Install(QStringLiteral(ECHO_PROBE), QStringLiteral("echo_probe"), false);
-    plain_ = lab_.Install(QStringLiteral(QUARL_LAYOUT_DIR "/quarl-echo"), QStringLiteral("plain"), false);
+    probe_ = lab_.Install(Q(ECHO_PROBE), Q("echo_probe"), false);
+    plain_ = lab_.Install(Q(QUARL_LAYOUT_DIR "/quarl-echo"), Q("plain"), false);
   }
 
   NetLab::Outcome Probe(User user, const QString& helper, const char* mode, const QStringList& addresses) {
@@ -47,11 +47,10 @@ class EchoWays : public EchoNetwork, public ::testing::WithParamInterface<WayCas
 
 TEST_P(EchoWays, GiveTheSameStatuses) {
   const WayCase& c = GetParam();
-  const QString helper =
-      lab_.Install(QStringLiteral(QUARL_LAYOUT_DIR "/quarl-echo"), QStringLiteral("h"), c.capability);
+  const QString helper = lab_.Install(Q(QUARL_LAYOUT_DIR "/quarl-echo"), Q("h"), c.capability);
   if (helper.isEmpty()) GTEST_SKIP() << lab_.Missing().toStdString();
   lab_.Set(NetLab::Side::Near, "ping_group_range", c.groupRange);
-  QStringList addresses{QStringLiteral("20000")}, statuses;  // a time-out that a loaded machine does not reach
+  QStringList addresses{Q("20000")}, statuses;  // a time-out that a loaded machine does not reach
   for (const auto& [address, status] : kFates) {
     addresses << QString::fromLatin1(address);
     statuses << QString::fromLatin1(status);
@@ -64,27 +63,26 @@ TEST_P(EchoWays, GiveTheSameStatuses) {
     EXPECT_EQ(sweep.output.mid(1, statuses.size()).join(QLatin1Char(' ')).toStdString(),
               statuses.join(QLatin1Char(' ')).toStdString());
   }
-  const auto ping = Probe(c.user, helper, "ping", {QStringLiteral("10.77.1.1")});
+  const auto ping = Probe(c.user, helper, "ping", {Q("10.77.1.1")});
   EXPECT_EQ(ping.output.join(QLatin1Char(' ')).toStdString(), none ? "0" : "11010");
 }
 
-INSTANTIATE_TEST_SUITE_P(Users, EchoWays,
-                         ::testing::Values(WayCase{"RootClosed", User::Root, kClosed, false, "raw"},
-                                           WayCase{"RootOpen", User::Root, kOpen, false, "datagram"},
-                                           WayCase{"UserOpen", User::Nobody, kOpen, false, "datagram"},
-                                           WayCase{"UserClosedHelper", User::Nobody, kClosed, true, "helper"},
-                                           WayCase{"UserClosedHelperPlain", User::Nobody, kClosed, false, "none"},
-                                           WayCase{"UserClosedNoNewPrivileges", User::NobodyConfined, kClosed, true,
-                                                   "none"}),
+const WayCase kWays[] = {
+    {"RootClosed", User::Root, kClosed, false, "raw"},
+    {"RootOpen", User::Root, kOpen, false, "datagram"},
+    {"UserOpen", User::Nobody, kOpen, false, "datagram"},
+    {"UserClosedHelper", User::Nobody, kClosed, true, "helper"},
+    {"UserClosedHelperPlain", User::Nobody, kClosed, false, "none"},
+    {"UserClosedNoNewPrivileges", User::NobodyConfined, kClosed, true, "none"},
+};
+INSTANTIATE_TEST_SUITE_P(Users, EchoWays, ::testing::ValuesIn(kWays),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(EchoNetwork, WithoutAnyWayEveryAddressAnswersAndOneLineSaysSo) {
   lab_.Set(NetLab::Side::Near, "ping_group_range", kClosed);
-  for (const QString& helper : {plain_, plain_ + QStringLiteral("-missing")}) {
-    const auto outcome =
-        Probe(User::Nobody, helper, "ping",
-              {QStringLiteral("10.77.0.2"), QStringLiteral("10.77.1.1"), QStringLiteral("no.address")});
-    EXPECT_EQ(outcome.output, (QStringList{QStringLiteral("0"), QStringLiteral("0"), QStringLiteral("-1")}));
+  for (const QString& helper : {plain_, plain_ + Q("-missing")}) {
+    const auto outcome = Probe(User::Nobody, helper, "ping", Words("10.77.0.2 10.77.1.1 no.address"));
+    EXPECT_EQ(outcome.output, (Words("0 0 -1")));
     EXPECT_EQ(outcome.errors.count(QLatin1Char('\n')), 1) << outcome.errors.toStdString();
     EXPECT_TRUE(outcome.errors.contains(helper));
   }
@@ -92,9 +90,9 @@ TEST_F(EchoNetwork, WithoutAnyWayEveryAddressAnswersAndOneLineSaysSo) {
 
 TEST_F(EchoNetwork, AHostThatIgnoresEchoesTimesOut) {
   lab_.Set(NetLab::Side::Far, "icmp_echo_ignore_all", "1");
-  const auto outcome = Probe(User::Root, plain_, "ping", {QStringLiteral("10.77.0.2")});
+  const auto outcome = Probe(User::Root, plain_, "ping", {Q("10.77.0.2")});
   lab_.Set(NetLab::Side::Far, "icmp_echo_ignore_all", "0");
-  EXPECT_EQ(outcome.output, QStringList(QStringLiteral("11010")));
+  EXPECT_EQ(outcome.output, QStringList(Q("11010")));
 }
 
 TEST_F(EchoNetwork, RepliesToOthersLeaveRoomForOurs) {
@@ -112,11 +110,11 @@ TEST_F(EchoNetwork, RepliesToOthersLeaveRoomForOurs) {
 
 TEST_F(EchoNetwork, TwoHundredSilentHostsCostAboutOneTimeOut) {
   for (const char* net : {"10.77.0.", "10.77.1."}) {  // absent neighbours, silence behind a router
-    QStringList addresses{QStringLiteral("500")};
+    QStringList addresses{Q("500")};
     for (int host = 10; host < 210; ++host) addresses << QString::fromLatin1(net) + QString::number(host);
     const auto outcome = Probe(User::Root, plain_, "sweep", addresses);
     ASSERT_EQ(outcome.output.size(), 202);
-    EXPECT_EQ(outcome.output.count(QStringLiteral("11010")), 200) << net;
+    EXPECT_EQ(outcome.output.count(Q("11010")), 200) << net;
     const int milliseconds = outcome.output.last().toInt();
     EXPECT_GE(milliseconds, 500) << net;
     EXPECT_LT(milliseconds, 10000) << net << " one after the other they would cost 100 s";

@@ -4,12 +4,12 @@
 #include <QFile>
 #include <QProcess>
 
-#include "netscan/NetLab.h"
+#include "netscan/api/NetLab.h"
 
 namespace quarl::netscan {
 namespace {
 
-const QString kHelper = QStringLiteral(QUARL_LAYOUT_DIR "/quarl-echo");
+const QString kHelper = Q(QUARL_LAYOUT_DIR "/quarl-echo");
 
 class EchoServerTest : public ::testing::Test {
  protected:
@@ -47,15 +47,14 @@ TEST_F(EchoServerTest, HostileInputEndsItWithoutAnEcho) {
   for (const QByteArray& input : cases) {
     const auto outcome = Serve(input);
     EXPECT_EQ(outcome.exitCode, 2) << input.left(40).toPercentEncoding().constData();
-    EXPECT_EQ(outcome.output, QStringList(QStringLiteral("ready")));
+    EXPECT_EQ(outcome.output, QStringList(Q("ready")));
   }
   EXPECT_EQ(Serve({}).exitCode, 0);
-  EXPECT_EQ(Serve({}, {QStringLiteral("127.0.0.1")}).exitCode, 2);
+  EXPECT_EQ(Serve({}, {Q("127.0.0.1")}).exitCode, 2);
 }
 
 TEST_F(EchoServerTest, ItsSocketNeverStandsInForAStandardDescriptor) {
-  const auto outcome = lab.Run(NetLab::User::Root, QStringLiteral("sh"),
-                               {QStringLiteral("-c"), QStringLiteral("exec \"$0\" <&-"), kHelper});
+  const auto outcome = lab.Run(NetLab::User::Root, Q("sh"), {Q("-c"), Q("exec \"$0\" <&-"), kHelper});
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_TRUE(outcome.output.isEmpty());
 }
@@ -66,7 +65,7 @@ TEST_F(EchoServerTest, ServesSlowlyWithoutPrivileges) {
   helper.start(kHelper, QStringList());
   ASSERT_TRUE(helper.waitForReadyRead());
   ASSERT_EQ(helper.readLine(), "ready\n");
-  QFile status(QStringLiteral("/proc/%1/status").arg(helper.processId()));
+  QFile status(Q("/proc/%1/status").arg(helper.processId()));
   ASSERT_TRUE(status.open(QIODevice::ReadOnly));
   const QByteArray text = status.readAll();
   for (const char* line : {"CapPrm:\t0000000000000000\n", "CapEff:\t0000000000000000\n", "NoNewPrivs:\t1\n"})

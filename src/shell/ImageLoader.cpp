@@ -26,7 +26,7 @@ void ImageLoader::LoadToolbarImages() {
   for (const ToolbarRow& row : kToolbarRows) {
     const QString key = QLatin1String(row.image);
     const QIcon icon = ui::PictureIcon(key);
-    if (icon.pixmap(QSize(16, 16)).isNull()) continue;
+    if (icon.isNull()) continue;
     controls_.KCVImageList.Add(key, icon);
     controls_.KVCImageListDisabled.Add(key, ui::GreyedIcon(icon));
     controls_.Button(QLatin1String(row.key))
@@ -53,21 +53,19 @@ void ImageLoader::AddStates(const QString& prefix) {
 
 void ImageLoader::AddTestTypes() {
   for (store::RecordSet types = stores_.System().GetTestTypes(); !types.Eof(); types.MoveNext()) {
-    AddType(QStringLiteral("iTEST") + types.Value("IDTestType").toString(), QStringLiteral("\\plugins\\tests\\"),
-            types.Value("Module"));
+    AddType(QStringLiteral("iTEST") + types.Value("IDTestType").toString(), ModuleKind::Test, types.Value("Module"));
   }
 }
 
 void ImageLoader::AddAlertTypes() {
   for (store::RecordSet types = stores_.System().GetAlertTypes(); !types.Eof(); types.MoveNext()) {
-    AddType(QStringLiteral("iALERT") + types.Value("IDAlertType").toString(), QStringLiteral("\\plugins\\Alerts\\"),
-            types.Value("Module"));
+    AddType(QStringLiteral("iALERT") + types.Value("IDAlertType").toString(), ModuleKind::Alert, types.Value("Module"));
   }
 }
 
-void ImageLoader::AddType(const QString& key, const QString& folder, const QVariant& module) {
-  const QString name = NullToEmpty(module).toString();
-  const QString path = InstallPaths::Resolve(paths_.ApplicationFolder() + folder + name);
+void ImageLoader::AddType(const QString& key, ModuleKind kind, const QVariant& module) {
+  const QString path = InstallPaths::Resolve(InstallPaths::ModulePath(
+      paths_.ApplicationFolder(), ModuleCallSite::Picture, kind, NullToEmpty(module).toString()));
   const QPixmap picture = plugins::LoadModulePicture(path);
   if (picture.isNull()) {
     throw Error(QFileInfo::exists(path)

@@ -29,7 +29,7 @@ class ImageLoader {
   void AddStates(const QString& prefix);
   void AddTestTypes();
   void AddAlertTypes();
-  void AddType(const QString& key, const QString& folder, const QVariant& module);
+  void AddType(const QString& key, ModuleKind kind, const QVariant& module);
   void RequireToolbarImages() const;
 
   MainControls& controls_;

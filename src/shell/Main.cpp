@@ -30,7 +30,7 @@ bool LeftButton(const QEvent& event) {
 
 }  // namespace
 
-Main::Main(store::Stores& stores, InstallPaths paths)
+Main::Main(store::Stores& stores, InstallPaths paths, plugins::ModuleCalls& modules)
     : paths_(std::move(paths)),
       boxes_(this),
       trap_(QStringLiteral("Main"), boxes_),
@@ -42,7 +42,7 @@ Main::Main(store::Stores& stores, InstallPaths paths)
       contentViews_(stores, controls_.KVCContent->Rows()),
       splitter_(controls_),
       monitor_(controls_, stores),
-      commands_(*this, controls_, stores, Ports(), boxes_),
+      commands_(*this, controls_, {stores, paths_, modules}, Ports(), boxes_),
       hands_(controls_, stores, paths_, Ports()) {
   setObjectName(QStringLiteral("Main"));
   setWindowTitle(ProductInfo::kName.toString());
@@ -58,20 +58,26 @@ void Main::ConnectCommands() {
   const auto onClick = [this](const char* item, auto procedure) {
     connect(controls_.Item(QLatin1String(item)), &QAction::triggered, this, procedure);
   };
+  onClick("mTestPlugin", &Main::mTestPlugin_Click);
+  onClick("mAlertPlugin", &Main::mAlertPlugin_Click);
   onClick("mQuit", &Main::mQuit_Click);
   onClick("mGroupAdd", &Main::mGroupAdd_Click);
   onClick("mGroupProperties", &Main::mGroupProperties_Click);
   onClick("mGroupRemove", &Main::mGroupRemove_Click);
   onClick("mGroupAddServer", &Main::mGroupAddServer_Click);
+  onClick("mGroupScanNet", &Main::mGroupScanNet_Click);
   onClick("mGroupCheck", &Main::mGroupCheck_Click);
   onClick("mServerProperties", &Main::mServerProperties_Click);
   onClick("mServerRemove", &Main::mServerRemove_Click);
   onClick("mServerCheck", &Main::mServerCheck_Click);
+  onClick("mTestProperties", &Main::mTestProperties_Click);
   onClick("mTestRename", &Main::mTestRename_Click);
   onClick("mTestRemove", &Main::mTestRemove_Click);
   onClick("mTestCheck", &Main::mTestCheck_Click);
+  onClick("mAlertProperties", &Main::mAlertProperties_Click);
   onClick("mAlertRename", &Main::mAlertRename_Click);
   onClick("mAlertRemove", &Main::mAlertRemove_Click);
+  onClick("mAlertTest", &Main::mAlertTest_Click);
   onClick("mLogClear", &Main::mLogClear_Click);
   onClick("mLogSave", &Main::mLogSave_Click);
   onClick("mHelpGuide", &Main::mHelpGuide_Click);

@@ -28,8 +28,8 @@ class Main : public QMainWindow,
              private tree::TreeEventPort,
              private tree::ContentEventPort {
  public:
-  /// @param stores borrowed; must outlive the window.
-  Main(store::Stores& stores, InstallPaths paths);
+  /// @param stores, modules borrowed; must outlive the window.
+  Main(store::Stores& stores, InstallPaths paths, plugins::ModuleCalls& modules);
 
   /// Start-up: shows the splash window and loads images, menus and tree. To be called once, before the window is shown.
   void Form_Load();
@@ -80,23 +80,29 @@ class Main : public QMainWindow,
   void imgSplitter_MouseDown();
   void imgSplitter_MouseMove(int x);
   void imgSplitter_MouseUp();
+  void mTestPlugin_Click();
+  void mAlertPlugin_Click();
   void mQuit_Click();
   void mGroupAdd_Click();
   void mGroupProperties_Click();
   void mGroupRemove_Click();
   void mGroupAddServer_Click();
   void mGroupAlert_Click(int index);
+  void mGroupScanNet_Click();
   void mGroupCheck_Click();
   void mServerProperties_Click();
   void mServerRemove_Click();
   void mServerTest_Click(int index);
   void mServerAlert_Click(int index);
   void mServerCheck_Click();
+  void mTestProperties_Click();
   void mTestRename_Click();
   void mTestRemove_Click();
   void mTestCheck_Click();
+  void mAlertProperties_Click();
   void mAlertRename_Click();
   void mAlertRemove_Click();
+  void mAlertTest_Click();
   void mLogClear_Click();
   void mLogSave_Click();
   void mHelpGuide_Click();

@@ -1,4 +1,7 @@
 #include "base/NodeKey.h"
+#include "netscan/ScanWizard.h"
+#include "plugins/pAlertPlugin.h"
+#include "plugins/pTestPlugin.h"
 #include "shell/Main.h"
 
 // The window's event procedures for tree, list and commands.
@@ -128,6 +131,28 @@ void Main::mTestCheck_Click() {
 }
 void Main::mAlertRemove_Click() {
   commands_.entities.mAlertRemove_Click();
+}
+
+void Main::mTestProperties_Click() {
+  commands_.properties.mTestProperties_Click();
+}
+void Main::mAlertProperties_Click() {
+  commands_.properties.mAlertProperties_Click();
+}
+void Main::mAlertTest_Click() {
+  commands_.properties.mAlertTest_Click();
+}
+
+void Main::mTestPlugin_Click() {
+  trap_("mTestPlugin_Click", [&] { plugins::pTestPlugin(commands_.plugins).Run(); });
+}
+
+void Main::mAlertPlugin_Click() {
+  trap_("mAlertPlugin_Click", [&] { plugins::pAlertPlugin(commands_.plugins).Run(); });
+}
+
+void Main::mGroupScanNet_Click() {
+  trap_("mGroupScanNet_Click", [&] { netscan::ScanWizard(commands_.scan).Run(); });
 }
 
 void Main::mTestRename_Click() {

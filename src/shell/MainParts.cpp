@@ -16,13 +16,16 @@ tree::Common::Messages MessagesOf(const ui::MessageBoxes& boxes) {
 
 }  // namespace
 
-MainCommands::MainCommands(QWidget& window, const MainControls& controls, store::Stores& stores, const MainPorts& ports,
-                           const ui::MessageBoxes& boxes)
-    : common(stores, *controls.KVCTree, MessagesOf(boxes)),
-      entities(editors::EditorContext{&window, stores, *controls.KVCTree, ports.selection, clock, Answers}, common,
-               ports.commands),
-      logs(stores, *controls.KVCTree, ports.selection, window),
-      toolbar(controls, stores, ports.selection) {}
+MainCommands::MainCommands(QWidget& window, MainControls& controls, const MainServices& services,
+                           const MainPorts& ports, const ui::MessageBoxes& boxes)
+    : common(services.stores, *controls.KVCTree, MessagesOf(boxes)),
+      context{&window, services.stores, *controls.KVCTree, ports.selection, clock, Answers},
+      entities(context, common, ports.commands),
+      properties(context, services.modules),
+      plugins{&window, services.stores, services.paths, services.modules},
+      scan{&window, services.stores, *controls.KVCTree, ports.selection, services.paths, controls.KCVImageList},
+      logs(services.stores, *controls.KVCTree, ports.selection, window),
+      toolbar(controls, services.stores, ports.selection) {}
 
 MainHands::MainHands(const MainControls& controls, store::Stores& stores, const InstallPaths& paths,
                      const MainPorts& ports)

@@ -5,7 +5,10 @@
 #include "base/Clock.h"
 #include "base/InstallPaths.h"
 #include "editors/EntityCommands.h"
+#include "editors/PropertyCommands.h"
 #include "logs/LogCommands.h"
+#include "netscan/WizardContext.h"
+#include "plugins/ManagerContext.h"
 #include "shell/MainControls.h"
 #include "shell/ToolbarDispatch.h"
 #include "store/Stores.h"
@@ -28,14 +31,25 @@ struct MainPorts {
   tree::ContentEventPort& listEvents;
 };
 
+/// What the main window borrows for its parts.
+struct MainServices {
+  store::Stores& stores;
+  const InstallPaths& paths;
+  plugins::ModuleCalls& modules;
+};
+
 /// The parts of the main window that carry out commands of menus and toolbar.
 struct MainCommands {
-  MainCommands(QWidget& window, const MainControls& controls, store::Stores& stores, const MainPorts& ports,
+  MainCommands(QWidget& window, MainControls& controls, const MainServices& services, const MainPorts& ports,
                const ui::MessageBoxes& boxes);
 
   SystemClock clock;
   tree::Common common;
+  editors::EditorContext context;
   editors::EntityCommands entities;
+  editors::PropertyCommands properties;
+  plugins::ManagerContext plugins;
+  netscan::WizardContext scan;
   logs::LogCommands logs;
   ToolbarDispatch toolbar;
 };

@@ -7,6 +7,7 @@
 #include "base/StringTable.h"
 #include "shell/MainControls.h"
 #include "store/Stores.h"
+#include "ui/PaintingPause.h"
 
 namespace quarl::shell {
 namespace {
@@ -29,7 +30,7 @@ constexpr std::array kRows{
 }  // namespace
 
 void ServiceMonitor::Refresh() {
-  if (QApplication::activeModalWidget()) return;
+  if (QApplication::activeModalWidget() || ui::PaintingPause::IsOn()) return;
   const qint16 state = stores_.System().GetServiceState();
   const auto row = std::find_if(kRows.begin(), kRows.end(), [&](const Row& each) { return each.state == state; });
   const bool known = row != kRows.end();

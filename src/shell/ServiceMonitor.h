@@ -13,8 +13,8 @@ struct MainControls;
 class ServiceMonitor {
  public:
   ServiceMonitor(const MainControls& controls, store::Stores& stores) : controls_(controls), stores_(stores) {}
-  /// Asks for the state once. Throws StoreError with panel and buttons unchanged. While a dialog is open it does
-  /// nothing, so that a poll never falls into a command.
+  /// Asks for the state once. Throws StoreError with panel and buttons unchanged. While a dialog is open, or a command
+  /// waits, it does nothing, so that a poll never falls into a command.
   void Refresh();
 
  private:

@@ -4,12 +4,12 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QPixmap>
 #include <QScreen>
 #include <QThread>
 #include <QWindow>
 
 #include "shell/ProductInfo.h"
+#include "ui/PictureIcon.h"
 
 namespace quarl::shell {
 namespace {
@@ -56,7 +56,7 @@ void frmSplash::Form_Load() {
   trap_("Form_Load", [&] {
     lblVersion_->setText(ProductInfo::Version());
     lblCopyright_->setText(ProductInfo::Copyright());
-    const QPixmap logo(QStringLiteral(":/quarl/pictures/SplashLogo.png"));
+    const QPixmap logo = ui::LargePicture(QStringLiteral("SplashLogo"), devicePixelRatioF());
     const QSize size = logo.isNull() ? QSize(480, 280) : logo.deviceIndependentSize().toSize();
     setFixedSize(size);
     imgLogo_->setGeometry(QRect(QPoint(), size));

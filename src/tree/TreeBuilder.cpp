@@ -1,6 +1,7 @@
 #include "tree/TreeBuilder.h"
 
 #include <QStringList>
+#include <optional>
 #include <unordered_map>
 
 #include "tree/OwnerIndex.h"
@@ -15,7 +16,10 @@ using store::TreeRows;
 class TypeImages {
  public:
   TypeImages(NodeImages& images, QString prefix) : images_(images), prefix_(std::move(prefix)) {}
-  quint16 Generic() { return images_.NumberOf(prefix_); }
+  quint16 Generic() {
+    if (!generic_) generic_ = images_.NumberOf(prefix_);
+    return *generic_;
+  }
   quint16 Of(qint32 type) {
     const auto known = numbers_.find(type);
     if (known != numbers_.end()) return known->second;
@@ -27,6 +31,7 @@ class TypeImages {
  private:
   NodeImages& images_;
   QString prefix_;
+  std::optional<quint16> generic_;
   std::unordered_map<qint32, quint16> numbers_;
 };
 
@@ -57,7 +62,7 @@ class Assembly {
   TreeRows& rows_;
   NodeImages& images_;
   TypeImages testImages_, alertImages_;
-  quint16 serverImage_ = 0;
+  std::optional<quint16> serverImage_;
   OwnerIndex servers_, tests_, serverAlerts_, groupAlerts_;
   TreeNodes nodes_;
   QStringList messages_;
@@ -113,8 +118,8 @@ void Assembly::AddGroupTree(qint32 idGroup, NodeId group, std::size_t otherChild
 }
 
 void Assembly::AddServer(NodeId group, const TreeRow& row) {
-  const quint16 image = images_.NumberOf(QStringLiteral("iSERVER"));
-  const NodeId server = nodes_.Append(group, {NodeKind::Server, row.id}, row.textOffset, row.textLength, image);
+  if (!serverImage_) serverImage_ = images_.NumberOf(QStringLiteral("iSERVER"));
+  const NodeId server = nodes_.Append(group, {NodeKind::Server, row.id}, row.textOffset, row.textLength, *serverImage_);
   AddFolder(server, NodeKind::TestsFolder, row.id, tests_.Of(row.id));
   AddFolder(server, NodeKind::AlertsFolder, row.id, serverAlerts_.Of(row.id));
 }

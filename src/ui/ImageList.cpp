@@ -9,8 +9,7 @@ namespace quarl::ui {
 void ImageList::Add(const QString& key, const QIcon& icon) {
   if (key.isEmpty()) throw Error(QStringLiteral("An image without a key cannot be added."));
   if (icons_.contains(key)) throw Error(QStringLiteral("The image \"%1\" is already there.").arg(key));
-  // An icon of a missing file or format is not null itself; only its picture tells.
-  if (icon.pixmap(QSize(16, 16)).isNull()) throw Error(QStringLiteral("The image \"%1\" has no picture.").arg(key));
+  if (icon.isNull()) throw Error(QStringLiteral("The image \"%1\" has no picture.").arg(key));
   icons_.insert(key, icon);
 }
 

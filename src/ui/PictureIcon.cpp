@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QPainter>
 #include <array>
+#include <optional>
 #include <utility>
 
 namespace quarl::ui {
@@ -62,6 +63,10 @@ class NamedEngine final : public Engine {
   explicit NamedEngine(QString name) : name_(std::move(name)) {}
   QIconEngine* clone() const override { return new NamedEngine(*this); }
   QString key() const override { return QStringLiteral("quarl-picture"); }
+  bool isNull() override {
+    if (!missing_) missing_ = FileFor(kSizes.front()).isEmpty();  // drawing asks for it again and again
+    return *missing_;
+  }
 
  private:
   QPixmap Source(const QSize& size, bool greyed) override {
@@ -81,6 +86,7 @@ class NamedEngine final : public Engine {
   }
 
   QString name_;
+  std::optional<bool> missing_;
 };
 
 class PixmapEngine final : public Engine {
@@ -88,6 +94,7 @@ class PixmapEngine final : public Engine {
   explicit PixmapEngine(QPixmap picture) : picture_(std::move(picture)) {}
   QIconEngine* clone() const override { return new PixmapEngine(*this); }
   QString key() const override { return QStringLiteral("quarl-pixmap"); }
+  bool isNull() override { return picture_.isNull(); }
 
  private:
   QPixmap Source(const QSize& /*size*/, bool greyed) override { return greyed ? Greyed(picture_) : picture_; }
@@ -100,6 +107,7 @@ class PairEngine final : public Engine {
   PairEngine(QIcon normal, QIcon greyed) : normal_(std::move(normal)), greyed_(std::move(greyed)) {}
   QIconEngine* clone() const override { return new PairEngine(*this); }
   QString key() const override { return QStringLiteral("quarl-pair"); }
+  bool isNull() override { return normal_.isNull(); }
 
  private:
   QPixmap Source(const QSize& size, bool greyed) override { return (greyed ? greyed_ : normal_).pixmap(size, 1.0); }
@@ -113,6 +121,7 @@ class GreyedEngine final : public Engine {
   explicit GreyedEngine(QIcon icon) : icon_(std::move(icon)) {}
   QIconEngine* clone() const override { return new GreyedEngine(*this); }
   QString key() const override { return QStringLiteral("quarl-greyed"); }
+  bool isNull() override { return icon_.isNull(); }
 
  private:
   QPixmap Source(const QSize& size, bool /*greyed*/) override { return Greyed(icon_.pixmap(size, 1.0)); }
@@ -124,6 +133,11 @@ class GreyedEngine final : public Engine {
 
 QIcon PictureIcon(const QString& name) {
   return QIcon(new NamedEngine(name));
+}
+
+QPixmap LargePicture(const QString& name, qreal devicePixelRatio) {
+  const QString file = QStringLiteral(":/quarl/pictures/%1.png").arg(name);
+  return QIcon(file).pixmap(QPixmap(file).size(), devicePixelRatio);  // an icon finds the larger drawing, too
 }
 
 QIcon PictureIcon(const QPixmap& picture) {

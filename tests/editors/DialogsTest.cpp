@@ -15,19 +15,39 @@ namespace {
 
 const ScheduleRecord kEvery15{true, QDate(2024, 2, 29), QTime(23, 59, 58), 15, 2};
 
-QString L(const char* text) {
-  return QString::fromUtf8(text);
-}
+/// How a user comes to a dialog.
+struct Way {
+  const char* key;
+  Command command;
+  const char* dialog;
+};
+
+const Way kNewGroup{"_GROUP_0", &EntityCommands::mGroupAdd_Click, "pGroup"};
+const Way kGroup{"_GROUP_1", &EntityCommands::mGroupProperties_Click, "pGroup"};
+const Way kRoot{"_GROUP_0", &EntityCommands::mGroupProperties_Click, "pGroup"};
+const Way kNewServer{"_GROUP_1", &EntityCommands::mGroupAddServer_Click, "pServer"};
+const Way kServer{"_SERVER_3", &EntityCommands::mServerProperties_Click, "pServer"};
 
 class DialogTest : public EditorRig {
  protected:
+  /// Goes a way on which messages may come.
+  void Go(const Way& way) {
+    Press(way.key);
+    (commands.*way.command)();
+    dialogs.Verify();
+  }
+  /// Goes to a dialog, acts on it and ends it with a button.
+  void Use(const Way& way, const std::function<void(QDialog&)>& act, const char* button = "OKButton") {
+    ExpectDialog(way.dialog, act, button);
+    Go(way);
+  }
   static void SetUnit(QDialog& dialog, int index) { In<QComboBox>(dialog, "deltaType").setCurrentIndex(index); }
   static void Tick(QDialog& dialog) { In<QCheckBox>(dialog, "sEnabled").click(); }
   static void EnterSchedule(QDialog& dialog) {
     if (!In<QCheckBox>(dialog, "sEnabled").isChecked()) Tick(dialog);
     In<QDateEdit>(dialog, "StartDate").setDate(kEvery15.startDate);
     In<QTimeEdit>(dialog, "StartTime").setTime(kEvery15.startTime);
-    Type(dialog, "deltaTime", L("15"));
+    Type(dialog, "deltaTime", Q("15"));
     SetUnit(dialog, 1);
   }
   static ScheduleRecord Shown(QDialog& dialog) {
@@ -35,206 +55,142 @@ class DialogTest : public EditorRig {
             In<QTimeEdit>(dialog, "StartTime").time(), static_cast<qint16>(TextIn(dialog, "deltaTime").toInt()),
             static_cast<qint16>(In<QComboBox>(dialog, "deltaType").currentIndex() + 1)};
   }
-  /// Answers the next dialog by an act and OK, upon which a message box comes.
-  void ExpectRefusedOk(const char* name, const std::function<void(QDialog&)>& act) {
-    ExpectDialog(name, [this, act](QDialog& dialog) {
-      act(dialog);
-      dialogs.ExpectAnyBox(L("OKButton"));
-    });
+  void ExpectStored(const store::Configuration& wanted) {
+    EXPECT_TRUE(Stored() == wanted);
+    ExpectTreeLikeFresh();
   }
-  QString LastBox() const { return dialogs.Boxes().empty() ? QString() : dialogs.Boxes().back().text; }
   static QString Caption(QDialog& dialog) { return In<QGroupBox>(dialog, "Schedule").title(); }
 };
 
 // --- Groups ---
 
 TEST_F(DialogTest, NewGroupOpensEmptyAndIsAddedWithoutSchedule) {
-  ExpectDialog("pGroup", [](QDialog& dialog) {
-    EXPECT_EQ(dialog.windowTitle(), L("Group properties"));
-    EXPECT_EQ(Caption(dialog), L("Override parent schedule"));
+  store::Configuration wanted = Stored();
+  Use(kNewGroup, [](QDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), Q("Group properties"));
+    EXPECT_EQ(Caption(dialog), Q("Override parent schedule"));
     EXPECT_EQ(TextIn(dialog, "groupName") + TextIn(dialog, "groupDescription"), QString());
     EXPECT_EQ(Shown(dialog), (ScheduleRecord{false, Shown(dialog).startDate, QTime(0, 0), 0, 0}));
-    Type(dialog, "groupName", L("Kyiv"));
-    Type(dialog, "groupDescription", L("of the east"));
+    Type(dialog, "groupName", Q("Kyiv"));
+    Type(dialog, "groupDescription", Q("of the east"));
   });
-  store::Configuration wanted = Stored();
-  commands.mGroupAdd_Click();
-  wanted.groups.insert(wanted.groups.begin() + 1, {5, L("Kyiv"), L("of the east"), {}, {}, {}});
-  EXPECT_TRUE(Stored() == wanted);
+  wanted.groups.insert(wanted.groups.begin() + 1, {5, Q("Kyiv"), Q("of the east"), {}, {}, {}});
+  ExpectStored(wanted);
 }
 
 TEST_F(DialogTest, NewGroupWithTickedBoxHasItsSchedule) {
-  ExpectDialog("pGroup", [](QDialog& dialog) {
-    Type(dialog, "groupName", L("Kyiv"));
+  Use(kNewGroup, [](QDialog& dialog) {
+    Type(dialog, "groupName", Q("Kyiv"));
     EnterSchedule(dialog);
   });
-  commands.mGroupAdd_Click();
   EXPECT_EQ(sql.Groups().GetGroupSchedule(5), kEvery15);
 }
 
 TEST_F(DialogTest, GroupPropertiesShowAndChangeOneGroup) {
   std::ignore = sql.Groups().SetGroupSchedule(1, kEvery15);
-  Press("_GROUP_1");
-  ExpectDialog("pGroup", [](QDialog& dialog) {
-    EXPECT_EQ(Caption(dialog), L("Override parent schedule"));
-    EXPECT_EQ(TextIn(dialog, "groupName"), L("Berlin"));
-    EXPECT_EQ(TextIn(dialog, "groupDescription"), L("north"));
+  store::Configuration wanted = Stored();
+  Use(kGroup, [](QDialog& dialog) {
+    EXPECT_EQ(Caption(dialog), Q("Override parent schedule"));
+    EXPECT_EQ(TextIn(dialog, "groupName"), Q("Berlin"));
+    EXPECT_EQ(TextIn(dialog, "groupDescription"), Q("north"));
     EXPECT_EQ(Shown(dialog), kEvery15);
-    Type(dialog, "groupName", L("Bern"));
+    Type(dialog, "groupName", Q("Bern"));
     Tick(dialog);
   });
-  store::Configuration wanted = Stored();
-  wanted.groups[0].name = L("Bern");
+  wanted.groups[0].name = Q("Bern");
   wanted.groups[0].schedule->enabled = false;
-  commands.mGroupProperties_Click();
-  EXPECT_TRUE(Stored() == wanted);
-  ExpectTreeLikeFresh();
+  ExpectStored(wanted);
 }
 
 TEST_F(DialogTest, RootGroupEditsTheDefaultSchedule) {
-  Press("_GROUP_0");
-  ExpectDialog("pGroup", [](QDialog& dialog) {
-    EXPECT_EQ(Caption(dialog), L("Group schedule"));
-    EXPECT_EQ(TextIn(dialog, "groupName"), L("SERVERS"));
-    EXPECT_EQ(TextIn(dialog, "groupDescription"), L("Master group"));
+  store::Configuration wanted = Stored();
+  Use(kRoot, [](QDialog& dialog) {
+    EXPECT_EQ(Caption(dialog), Q("Group schedule"));
+    EXPECT_EQ(TextIn(dialog, "groupName"), Q("SERVERS"));
+    EXPECT_EQ(TextIn(dialog, "groupDescription"), Q("Master group"));
     EXPECT_FALSE(In<QLineEdit>(dialog, "groupName").isEnabled());
     EXPECT_FALSE(In<QLineEdit>(dialog, "groupDescription").isEnabled());
     EnterSchedule(dialog);
   });
-  store::Configuration wanted = Stored();
   wanted.root.schedule = kEvery15;
-  commands.mGroupProperties_Click();
-  EXPECT_TRUE(Stored() == wanted);
-  ExpectTreeLikeFresh();
+  ExpectStored(wanted);
 }
 
 TEST_F(DialogTest, GroupThatIsGoneIsNotShown) {
-  Press("_GROUP_1");
   ASSERT_TRUE(sql.Groups().RemoveGroup(1));
-  commands.mGroupProperties_Click();
-}
-
-// --- Sorted insertion ---
-
-struct SortCase {
-  const char* existing;  ///< names of the groups or servers that are there, by blanks
-  const char* added;
-  int place;
-};
-
-TEST_F(DialogTest, NewGroupsStandInOrdinalOrderOfTheirNames) {
-  const SortCase cases[] = {{"", "M", 0},     {"A C", "B", 1}, {"A C", "D", 2},   {"A C", "", 0},
-                            {"A Z", "a", 2},  {"a b", "Z", 0}, {"A A B", "A", 0}, {"Äpfel", "Zebra", 0},
-                            {"10 2", "1", 0}, {"AB", "A", 0},  {"B A C", "AA", 0}};
-  for (const SortCase& c : cases) {
-    sql.Configurations().Write({}, sql.Configurations().Read().revision);
-    std::ignore = sql.Servers().AddServer(L("server"), L("1.1.1.1"), 0);
-    tree::TreeBuilder(sql, nodes, [](const QString&) {}).LoadTree();
-    // Built by hand, because a store hands its groups out in order.
-    nodes.RemoveNode(nodes.ChildrenOf(L("_GROUP_0")).at(0));
-    int id = 1000;
-    for (const QString& name : L(c.existing).split(u' ', Qt::SkipEmptyParts)) {
-      nodes.AddNode(L("_GROUP_0"), L("_GROUP_%1").arg(++id), name, L("iSERVERGROUP"));
-    }
-    nodes.AddNode(L("_GROUP_0"), L("_SERVER_7777"), L("AAA"), L("iSERVER"));
-    ExpectDialog("pGroup", [&](QDialog& dialog) { Type(dialog, "groupName", L(c.added)); });
-    commands.mGroupAdd_Click();
-    EXPECT_EQ(ChildTexts("_GROUP_0").value(c.place), L(c.added)) << c.existing << " + " << c.added;
-    EXPECT_EQ(ChildTexts("_GROUP_0").last(), L("AAA"));
-  }
-}
-
-TEST_F(DialogTest, NewServersStandBeforeTheGroupsFolder) {
-  Press("_GROUP_2");
-  for (const char* name : {"m", "z", "M", "a"}) {
-    ExpectDialog("pServer", [&](QDialog& dialog) { Type(dialog, "serverName", L(name)); });
-    commands.mGroupAddServer_Click();
-  }
-  EXPECT_EQ(ChildTexts("_GROUP_2"), (QStringList{L("M"), L("a"), L("m"), L("z"), L("ALERTS")}));
-  ExpectTreeLikeFresh();
-}
-
-TEST_F(DialogTest, ServerOfTheRootGroupStandsBeforeTheFirstOtherNode) {
-  Press("_GROUP_0");
-  ExpectDialog("pServer", [](QDialog& dialog) { Type(dialog, "serverName", L("zulu")); });
-  commands.mGroupAddServer_Click();
-  EXPECT_EQ(Children("_GROUP_0").first(), L("_SERVER_5"));
-  EXPECT_EQ(sql.Servers().GetServer(5)->idGroup, 0);
+  Go(kGroup);
 }
 
 // --- Servers ---
 
+TEST_F(DialogTest, NewServersStandInTheirSortedPlaceBeforeWhatElseTheGroupHas) {
+  for (const char* name : {"m", "z", "M", "a"}) {
+    Use({"_GROUP_2", kNewServer.command, "pServer"}, [&](QDialog& dialog) { Type(dialog, "serverName", Q(name)); });
+  }
+  EXPECT_EQ(ChildTexts("_GROUP_2"), (Words("M a m z ALERTS")));
+  ExpectTreeLikeFresh();
+  Use({"_GROUP_0", kNewServer.command, "pServer"}, [](QDialog& dialog) { Type(dialog, "serverName", Q("zulu")); });
+  EXPECT_EQ(ChildTexts("_GROUP_0").first(), Q("zulu"));
+  EXPECT_EQ(sql.Servers().GetServer(9)->idGroup, 0);
+}
+
 TEST_F(DialogTest, NewServerIsStoredAsEntered) {
-  Press("_GROUP_1");
-  ExpectDialog("pServer", [](QDialog& dialog) {
-    EXPECT_EQ(dialog.windowTitle(), L("Server properties"));
-    EXPECT_EQ(Caption(dialog), L("Override parent schedule"));
-    Type(dialog, "serverName", L("beta"));
+  store::Configuration wanted = Stored();
+  Use(kNewServer, [](QDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), Q("Server properties"));
+    EXPECT_EQ(Caption(dialog), Q("Override parent schedule"));
+    Type(dialog, "serverName", Q("beta"));
     In<ui::AddressInput>(dialog, "ServerIP").setFocus();
-    QTest::keyClicks(dialog.focusWidget(), L("192"));
-    QTest::keyClicks(dialog.focusWidget(), L(".168."));
-    QTest::keyClicks(dialog.focusWidget(), L("0."));
-    QTest::keyClicks(dialog.focusWidget(), L("10"));
-    Type(dialog, "NFail", L("25"));
+    for (const char* keys : {"192", ".168.", "0.", "10"}) QTest::keyClicks(dialog.focusWidget(), Q(keys));
+    Type(dialog, "NFail", Q("25"));
     EnterSchedule(dialog);
   });
-  store::Configuration wanted = Stored();
-  wanted.groups[0].servers.push_back({5, L("beta"), L("192.168.0.10"), qint16{25}, kEvery15, {}, {}});
-  commands.mGroupAddServer_Click();
-  EXPECT_TRUE(Stored() == wanted) << Stored().groups[0].servers.back().ipAddress.toStdString();
-  ExpectTreeLikeFresh();
+  wanted.groups[0].servers.push_back({5, Q("beta"), Q("192.168.0.10"), qint16{25}, kEvery15, {}, {}});
+  ExpectStored(wanted);
 }
 
 TEST_F(DialogTest, NewServerWithClearBoxHasNoSchedule) {
-  Press("_GROUP_1");
-  ExpectDialog("pServer", [](QDialog&) {});
-  commands.mGroupAddServer_Click();
-  EXPECT_EQ(sql.Servers().GetServer(5), (store::ServerRecord{QString(), L("0.0.0.0"), 1}));
+  Use(kNewServer, [](QDialog&) {});
+  EXPECT_EQ(sql.Servers().GetServer(5), (store::ServerRecord{QString(), Q("0.0.0.0"), 1}));
   EXPECT_FALSE(sql.Servers().GetServerSchedule(5));
 }
 
 TEST_F(DialogTest, ServerPropertiesShowAndChangeOneServer) {
   std::ignore = sql.Servers().SetServerSchedule(3, kEvery15);
   std::ignore = sql.Servers().SetFailThreshold(3, 50);
-  Press("_SERVER_3");
-  ExpectDialog("pServer", [](QDialog& dialog) {
-    EXPECT_EQ(TextIn(dialog, "serverName"), L("alpha"));
+  store::Configuration wanted = Stored();
+  Use(kServer, [](QDialog& dialog) {
+    EXPECT_EQ(TextIn(dialog, "serverName"), Q("alpha"));
     const auto& address = In<ui::AddressInput>(dialog, "ServerIP");
     EXPECT_EQ(address.Octet(1) + address.Octet(2) + address.Octet(3), 10);
-    EXPECT_EQ(TextIn(dialog, "NFail"), L("50"));
+    EXPECT_EQ(TextIn(dialog, "NFail"), Q("50"));
     EXPECT_EQ(Shown(dialog), kEvery15);
-    Type(dialog, "serverName", L("alpha two"));
+    Type(dialog, "serverName", Q("alpha two"));
   });
-  store::Configuration wanted = Stored();
-  wanted.groups[0].servers[0].name = L("alpha two");
-  commands.mServerProperties_Click();
-  EXPECT_TRUE(Stored() == wanted);
-  ExpectTreeLikeFresh();
+  wanted.groups[0].servers[0].name = Q("alpha two");
+  ExpectStored(wanted);
 }
 
 TEST_F(DialogTest, ServerThatIsGoneOpensEmptyAndCannotBeUpdated) {
-  Press("_SERVER_3");
   ASSERT_TRUE(sql.Servers().RemoveServer(3));
   const store::Configuration before = Stored();
-  ExpectRefusedOk("pServer", [](QDialog& dialog) { EXPECT_EQ(TextIn(dialog, "serverName"), QString()); });
-  commands.mServerProperties_Click();
-  EXPECT_EQ(LastBox(), L("Update server failed!"));
+  Use(kServer, [this](QDialog& dialog) {
+    EXPECT_EQ(TextIn(dialog, "serverName"), QString());
+    dialogs.ExpectBox(Stop(Q("Update server failed!")));
+  });
   EXPECT_TRUE(Stored() == before);
 }
 
 TEST_F(DialogTest, AddressThatCannotBeShownIsReportedAndNothingElseIsLost) {
   for (const char* address : {"10.0.300.1", "10.0.x.1", "10.0..1", "10.0.0.1.2", "web.example"}) {
-    ASSERT_TRUE(sql.Servers().UpdateServer(3, L("alpha"), L(address), 1));
+    ASSERT_TRUE(sql.Servers().UpdateServer(3, Q("alpha"), Q(address), 1));
     std::ignore = sql.Servers().SetServerSchedule(3, kEvery15);
     std::ignore = sql.Servers().SetFailThreshold(3, 7);
     store::Configuration wanted = Stored();
-    Press("_SERVER_3");
-    dialogs.ExpectAnyBox(L("OKButton"));
-    ExpectDialog("pServer", [](QDialog& dialog) { In<ui::AddressInput>(dialog, "ServerIP").SetText(L("10.9.8.7")); });
-    commands.mServerProperties_Click();
-    wanted.groups[0].servers[0].ipAddress = L("10.9.8.7");
+    dialogs.ExpectError(Q("(pServer:LoadServer)"));
+    Use(kServer, [](QDialog& dialog) { In<ui::AddressInput>(dialog, "ServerIP").SetText(Q("10.9.8.7")); });
+    wanted.groups[0].servers[0].ipAddress = Q("10.9.8.7");
     EXPECT_TRUE(Stored() == wanted) << address;
-    EXPECT_TRUE(LastBox().endsWith(L("(pServer:LoadServer)"))) << address;
   }
 }
 
@@ -245,145 +201,117 @@ TEST_F(DialogTest, PingTellsWhetherTheAddressAnswers) {
   };
   const Case cases[] = {
       {[](const QString&) { return QApplication::activeModalWidget()->cursor().shape() == Qt::WaitCursor; },
-       {L("information"), L("Info"), L("Ping test successfull!")}},
-      {[](const QString&) { return false; }, {L("warning"), L("Warning"), L("Ping test unsuccessfull!")}},
-      {[](const QString&) -> bool { throw Error(L("no socket")); }, Plain(L("no socket(pServer:TestIP_Click)"))}};
+       {Q("information"), Q("Info"), Q("Ping test successfull!")}},
+      {[](const QString&) { return false; }, {Q("warning"), Q("Warning"), Q("Ping test unsuccessfull!")}},
+      {[](const QString&) -> bool { throw Error(Q("no socket")); }, Plain(Q("no socket(pServer:TestIP_Click)"))}};
   const store::Configuration before = Stored();
   for (const Case& c : cases) {
     ping = c.ping;
-    Press("_SERVER_3");
-    ExpectDialog(
-        "pServer",
+    Use(
+        kServer,
         [&](QDialog& dialog) {
           In<ui::AddressInput>(dialog, "ServerIP").SetOctet(4, 77);
-          dialogs.ExpectBox(c.box, L("OKButton"));
+          dialogs.ExpectBox(c.box);
           In<QAbstractButton>(dialog, "TestIP").click();
           EXPECT_EQ(dialog.cursor().shape(), Qt::ArrowCursor);
         },
         "CancelButton");
-    commands.mServerProperties_Click();
-    dialogs.Verify();
   }
-  EXPECT_EQ(pinged, QStringList(3, L("10.0.0.77")));
+  EXPECT_EQ(pinged, QStringList(3, Q("10.0.0.77")));
   EXPECT_TRUE(Stored() == before);
 }
 
 // --- Refusals and errors ---
 
 struct FaultCase {
-  const char* name;
-  const char* key;
-  void (EntityCommands::*command)();
-  const char* dialog;
+  Way way;
   const char* operation;
   const char* refusal;  ///< box of a refusal; "" = silent
-  const char* tag;      ///< of an error
 };
 
-const FaultCase kFaults[] = {{"AddGroup", "_GROUP_0", &EntityCommands::mGroupAdd_Click, "pGroup", "GroupStore.AddGroup",
-                              "Add group failed!", "(pGroup:OKButton_Click)"},
-                             {"AddGroupSchedule", "_GROUP_0", &EntityCommands::mGroupAdd_Click, "pGroup",
-                              "GroupStore.SetGroupSchedule", "", "(pGroup:OKButton_Click)"},
-                             {"UpdateGroup", "_GROUP_1", &EntityCommands::mGroupProperties_Click, "pGroup",
-                              "GroupStore.UpdateGroup", "Update group failed!", "(pGroup:OKButton_Click)"},
-                             {"SetGroupSchedule", "_GROUP_1", &EntityCommands::mGroupProperties_Click, "pGroup",
-                              "GroupStore.SetGroupSchedule", "", "(pGroup:OKButton_Click)"},
-                             {"SetDefaultSchedule", "_GROUP_0", &EntityCommands::mGroupProperties_Click, "pGroup",
-                              "GroupStore.SetDefaultSchedule", "Update group failed!", "(pGroup:OKButton_Click)"},
-                             {"AddServer", "_GROUP_2", &EntityCommands::mGroupAddServer_Click, "pServer",
-                              "ServerStore.AddServer", "Add server failed!", "(pServer:OKButton_Click)"},
-                             {"UpdateServer", "_SERVER_3", &EntityCommands::mServerProperties_Click, "pServer",
-                              "ServerStore.UpdateServer", "Update server failed!", "(pServer:OKButton_Click)"},
-                             {"SetServerSchedule", "_SERVER_3", &EntityCommands::mServerProperties_Click, "pServer",
-                              "ServerStore.SetServerSchedule", "", "(pServer:OKButton_Click)"},
-                             {"SetFailThreshold", "_SERVER_3", &EntityCommands::mServerProperties_Click, "pServer",
-                              "ServerStore.SetFailThreshold", "", "(pServer:OKButton_Click)"}};
+const FaultCase kFaults[] = {{kNewGroup, "GroupStore.AddGroup", "Add group failed!"},
+                             {kNewGroup, "GroupStore.SetGroupSchedule", ""},
+                             {kGroup, "GroupStore.UpdateGroup", "Update group failed!"},
+                             {kGroup, "GroupStore.SetGroupSchedule", ""},
+                             {kRoot, "GroupStore.SetDefaultSchedule", "Update group failed!"},
+                             {kNewServer, "ServerStore.AddServer", "Add server failed!"},
+                             {kServer, "ServerStore.UpdateServer", "Update server failed!"},
+                             {kServer, "ServerStore.SetServerSchedule", ""},
+                             {kServer, "ServerStore.SetFailThreshold", ""}};
+
+void PrintTo(const FaultCase& fault, std::ostream* out) {
+  *out << fault.way.key << ' ' << fault.operation;
+}
 
 class FaultTest : public DialogTest, public ::testing::WithParamInterface<FaultCase> {
  protected:
   // Every text and the schedule are changed, so that each write has something to say.
-  using Boxes = std::vector<::quarl::testing::ShownBox>;
-  void Run(const Boxes& boxes) {
-    Press(GetParam().key);
-    ExpectDialog(GetParam().dialog, [&](QDialog& dialog) {
+  void Run(const QList<::quarl::testing::ShownBox>& boxes) {
+    Use(GetParam().way, [&](QDialog& dialog) {
       for (const char* field : {"groupName", "serverName"}) {
-        auto* input = dialog.findChild<QLineEdit*>(L(field));
-        if (input != nullptr && input->isEnabled()) Type(dialog, field, L("Beta"));
+        auto* input = dialog.findChild<QLineEdit*>(Q(field));
+        if (input != nullptr && input->isEnabled()) Type(dialog, field, Q("Beta"));
       }
       EnterSchedule(dialog);
-      for (const auto& box : boxes) dialogs.ExpectBox(box, L("OKButton"));
+      for (const auto& box : boxes) dialogs.ExpectBox(box);
     });
-    (commands.*GetParam().command)();
-    dialogs.Verify();
   }
 };
 
 TEST_P(FaultTest, RefusalAndErrorAreToldAndTheTreeFollowsTheStore) {
+  const auto& [way, operation, refusal] = GetParam();
   const store::Configuration before = Stored();
-  stores.RefuseFrom(L(GetParam().operation));
-  Run(*GetParam().refusal != 0 ? Boxes{Stop(L(GetParam().refusal))} : Boxes{});
-  if (*GetParam().refusal != 0) {
+  stores.RefuseFrom(Q(operation));
+  if (*refusal != 0) {
+    Run({Stop(Q(refusal))});
     EXPECT_TRUE(Stored() == before) << "nothing else is written";
+  } else {
+    Run({});
   }
   ExpectTreeLikeFresh();
-  stores.ThrowFrom(L(GetParam().operation));
-  Run({Plain(L("store fault") + L(GetParam().tag))});
+  stores.ThrowFrom(Q(operation));
+  Run({Plain(Q("store fault(%1:OKButton_Click)").arg(Q(way.dialog)))});
   ExpectTreeLikeFresh();
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialogs, FaultTest, ::testing::ValuesIn(kFaults), CaseName());
-
-struct LoadFault {
-  const char* key;
-  void (EntityCommands::*command)();
-  const char* operation;
-  const char* tag;
-};
+INSTANTIATE_TEST_SUITE_P(Dialogs, FaultTest, ::testing::ValuesIn(kFaults));
 
 TEST_F(DialogTest, RecordThatCannotBeReadIsNotShown) {
-  const LoadFault cases[] = {
-      {"_GROUP_1", &EntityCommands::mGroupProperties_Click, "GroupStore.GetGroup", "(pGroup:LoadGroup)"},
-      {"_GROUP_1", &EntityCommands::mGroupProperties_Click, "GroupStore.GetGroupSchedule", "(pGroup:LoadGroup)"},
-      {"_GROUP_0", &EntityCommands::mGroupProperties_Click, "GroupStore.GetDefaultSchedule", "(pGroup:LoadGroup)"},
-      {"_SERVER_3", &EntityCommands::mServerProperties_Click, "ServerStore.GetServer", "(pServer:LoadServer)"},
-      {"_SERVER_3", &EntityCommands::mServerProperties_Click, "ServerStore.GetServerSchedule", "(pServer:LoadServer)"},
-      {"_SERVER_3", &EntityCommands::mServerProperties_Click, "ServerStore.GetFailThreshold", "(pServer:LoadServer)"}};
-  for (const LoadFault& c : cases) {
+  const std::tuple<Way, const char*, const char*> cases[] = {
+      {kGroup, "GroupStore.GetGroup", "(pGroup:LoadGroup)"},
+      {kGroup, "GroupStore.GetGroupSchedule", "(pGroup:LoadGroup)"},
+      {kRoot, "GroupStore.GetDefaultSchedule", "(pGroup:LoadGroup)"},
+      {kServer, "ServerStore.GetServer", "(pServer:LoadServer)"},
+      {kServer, "ServerStore.GetServerSchedule", "(pServer:LoadServer)"},
+      {kServer, "ServerStore.GetFailThreshold", "(pServer:LoadServer)"}};
+  for (const auto& [way, operation, tag] : cases) {
     stores.Heal();
-    stores.ThrowFrom(L(c.operation));
-    Press(c.key);
-    dialogs.ExpectBox(Plain(L("store fault") + L(c.tag)), L("OKButton"));
-    (commands.*c.command)();
-    dialogs.Verify();
+    stores.ThrowFrom(Q(operation));
+    dialogs.ExpectBox(Plain(Q("store fault") + Q(tag)));
+    Go(way);
   }
 }
 
 TEST_F(DialogTest, IntervalOutsideItsRangeKeepsTheNameAndTheOldSchedule) {
   std::ignore = sql.Groups().SetGroupSchedule(1, kEvery15);
-  Press("_GROUP_1");
-  ExpectRefusedOk("pGroup", [](QDialog& dialog) {
-    Type(dialog, "groupName", L("Bern"));
-    Type(dialog, "deltaTime", L("32768"));
-  });
   store::Configuration wanted = Stored();
-  wanted.groups[0].name = L("Bern");
-  commands.mGroupProperties_Click();
-  EXPECT_EQ(LastBox(), L("Overflow(pGroup:OKButton_Click)"));
-  EXPECT_TRUE(Stored() == wanted);
-  ExpectTreeLikeFresh();
+  Use(kGroup, [this](QDialog& dialog) {
+    Type(dialog, "groupName", Q("Bern"));
+    Type(dialog, "deltaTime", Q("32768"));
+    dialogs.ExpectBox(Plain(Q("Overflow(pGroup:OKButton_Click)")));
+  });
+  wanted.groups[0].name = Q("Bern");
+  ExpectStored(wanted);
 }
 
 TEST_F(DialogTest, ThresholdThatIsNoNumberKeepsTheStoredOne) {
   std::ignore = sql.Servers().SetFailThreshold(3, 7);
   for (const char* text : {"", "many", "3x", "40000"}) {
-    Press("_SERVER_3");
-    ExpectRefusedOk("pServer", [&](QDialog& dialog) {
-      Type(dialog, "NFail", L(text));
+    Use(kServer, [&](QDialog& dialog) {
+      Type(dialog, "NFail", Q(text));
       EnterSchedule(dialog);
+      dialogs.ExpectError(Q("(pServer:OKButton_Click)"));
     });
-    commands.mServerProperties_Click();
-    dialogs.Verify();
-    EXPECT_TRUE(LastBox().endsWith(L("(pServer:OKButton_Click)"))) << text;
     EXPECT_EQ(sql.Servers().GetFailThreshold(3), 7) << text;
     EXPECT_EQ(sql.Servers().GetServerSchedule(3), kEvery15);
   }
@@ -391,11 +319,8 @@ TEST_F(DialogTest, ThresholdThatIsNoNumberKeepsTheStoredOne) {
 
 TEST_F(DialogTest, ServerCannotBeAddedWithoutAGroup) {
   for (const char* key : {"_SERVER_3", "_LOG"}) {
-    Press(key);
-    dialogs.ExpectAnyBox(L("OKButton"));
-    commands.mGroupAddServer_Click();
-    dialogs.Verify();
-    EXPECT_TRUE(LastBox().endsWith(L("(pServer:LoadServer)")));
+    dialogs.ExpectError(Q("(pServer:LoadServer)"));
+    Go({key, kNewServer.command, ""});
   }
   EXPECT_EQ(stores.Calls(), 0);
 }
@@ -405,19 +330,17 @@ TEST_F(DialogTest, ServerCannotBeAddedWithoutAGroup) {
 TEST_F(DialogTest, CancelAndEscapeWriteNothing) {
   const store::Configuration before = Stored();
   for (const bool escape : {false, true}) {
-    Press("_SERVER_3");
-    dialogs.Expect(L("pServer"), [escape](QWidget& widget) {
+    dialogs.Expect(Q("pServer"), [escape](QWidget& widget) {
       auto& dialog = *qobject_cast<QDialog*>(&widget);
-      Type(dialog, "serverName", L("other"));
+      Type(dialog, "serverName", Q("other"));
       EnterSchedule(dialog);
       if (escape) {
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Escape);
       } else {
-        ::quarl::testing::DialogDriver::Click(L("CancelButton"))(dialog);
+        ::quarl::testing::DialogDriver::Click(Q("CancelButton"))(dialog);
       }
     });
-    commands.mServerProperties_Click();
-    dialogs.Verify();
+    Go(kServer);
   }
   EXPECT_TRUE(Stored() == before);
   ExpectTreeLikeFresh();
@@ -425,9 +348,8 @@ TEST_F(DialogTest, CancelAndEscapeWriteNothing) {
 
 TEST_F(DialogTest, EnterInAnyFieldIsOk) {
   for (const char* field : {"serverName", "Octet2", "NFail", "deltaTime"}) {
-    Press("_SERVER_3");
-    const QString name = L("via ") + L(field);
-    dialogs.Expect(L("pServer"), [&](QWidget& widget) {
+    const QString name = Q("via ") + Q(field);
+    dialogs.Expect(Q("pServer"), [&](QWidget& widget) {
       auto& dialog = *qobject_cast<QDialog*>(&widget);
       Type(dialog, "serverName", name);
       if (!In<QCheckBox>(dialog, "sEnabled").isChecked()) Tick(dialog);
@@ -435,16 +357,14 @@ TEST_F(DialogTest, EnterInAnyFieldIsOk) {
       input.setFocus();
       QTest::keyClick(&input, Qt::Key_Return);
     });
-    commands.mServerProperties_Click();
-    dialogs.Verify();
+    Go(kServer);
     EXPECT_EQ(sql.Servers().GetServer(3)->name, name);
   }
 }
 
 TEST_F(DialogTest, TabGoesThroughTheFieldsFromTopToBottom) {
-  Press("_SERVER_3");
-  ExpectDialog(
-      "pServer",
+  Use(
+      kServer,
       [](QDialog& dialog) {
         Tick(dialog);
         In<QWidget>(dialog, "serverName").setFocus();
@@ -456,16 +376,15 @@ TEST_F(DialogTest, TabGoesThroughTheFieldsFromTopToBottom) {
           }
           QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
         }
-        EXPECT_EQ(order.join(u' '), L("serverName Octet1 TestIP NFailUpDown sEnabled StartDate StartTime deltaTime "
+        EXPECT_EQ(order.join(u' '), Q("serverName Octet1 TestIP NFailUpDown sEnabled StartDate StartTime deltaTime "
                                       "deltaType OKButton CancelButton serverName"));
       },
       "CancelButton");
-  commands.mServerProperties_Click();
 }
 
 TEST_F(DialogTest, InputsOfASwitchedOffScheduleAreGreyed) {
   QDialog dialog;
-  SchedulePanel panel(L("Schedule"), folder.clock, &dialog);
+  SchedulePanel panel(Q("Schedule"), folder.clock, &dialog);
   const auto expect = [&](bool on) {
     for (const char* name : {"StartDate", "StartDateLbl", "StartTime", "deltaTime", "DeltaTimelbl", "deltaType"}) {
       EXPECT_EQ(In<QWidget>(dialog, name).isEnabled(), on) << name;

@@ -21,8 +21,8 @@ ShownBox Question(const QString& text) {
   return {QStringLiteral("warning"), QStringLiteral("Warning"), text};
 }
 
-EditorRig::EditorRig(Keep keep)
-    : sql(keep == Keep::InFile ? folder.Setup() : folder.Setup(store::StoreLocation::InMemory())),
+EditorRig::EditorRig()
+    : sql(folder.Setup(store::StoreLocation::InMemory())),
       stores(sql),
       nodes(tree::TestIcon),
       tree(nodes, &window),

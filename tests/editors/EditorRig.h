@@ -8,21 +8,18 @@
 #include <QLineEdit>
 #include <QTest>
 #include <memory>
-#include <ostream>
 #include <vector>
 
 #include "editors/EntityCommands.h"
 #include "store/StoreFixture.h"
 #include "support/DialogDriver.h"
 #include "support/FaultyStores.h"
+#include "support/Text.h"
 #include "tree/TreeBuilder.h"
 
-/// How test failures show texts.
-inline void PrintTo(const QString& text, std::ostream* out) {
-  *out << '"' << text.toStdString() << '"';
-}
-
 namespace quarl::editors {
+
+using Command = void (EntityCommands::*)();
 
 /// Texts of message boxes by their wording.
 ::quarl::testing::ShownBox Stop(const QString& text, const QString& title = QStringLiteral("Quarl Console"));
@@ -42,8 +39,7 @@ struct CaseName {
 /// Tests and alerts have the one type "Kind", id 1.
 class EditorRig : public ::testing::Test, private QObject, protected tree::SelectionPort, protected CommandPort {
  protected:
-  enum class Keep { InMemory, InFile };
-  explicit EditorRig(Keep keep = Keep::InMemory);
+  EditorRig();
 
   // --- The user ---
   /// What a click on a tree node does, without the list.

@@ -10,10 +10,6 @@
 namespace quarl::editors {
 namespace {
 
-QString L(const char* text) {
-  return QString::fromUtf8(text);
-}
-
 template <typename Act>
 QString Outcome(Act&& act) {
   try {
@@ -67,15 +63,15 @@ TEST(NumberText, ReadsRoundsAndBounds) {
                               {"0x10", "0", "!"},
                               {"\xd9\xa3", "0", "!"}};
   for (const NumberCase& c : cases) {
-    EXPECT_EQ(Outcome([&] { return LeadingNumber(L(c.text)); }), L(c.leading)) << c.text;
-    const QString whole = Outcome([&] { return WholeNumber(L(c.text)); });
+    EXPECT_EQ(Outcome([&] { return LeadingNumber(Q(c.text)); }), Q(c.leading)) << c.text;
+    const QString whole = Outcome([&] { return WholeNumber(Q(c.text)); });
     if (*c.whole == '!') {
-      EXPECT_TRUE(whole.contains(L("not a number"))) << c.text << ": " << whole.toStdString();
+      EXPECT_TRUE(whole.contains(Q("not a number"))) << c.text << ": " << whole.toStdString();
     } else {
-      EXPECT_EQ(whole, L(c.whole)) << c.text;
+      EXPECT_EQ(whole, Q(c.whole)) << c.text;
     }
   }
-  EXPECT_EQ(Outcome([] { return LeadingNumber(QString(5000, u'9')); }), L("Overflow"));
+  EXPECT_EQ(Outcome([] { return LeadingNumber(QString(5000, u'9')); }), Q("Overflow"));
 }
 
 // --- Threshold ---
@@ -91,13 +87,13 @@ TEST(ThresholdInput, StepsStayWithinOneAndTenAndTypedTextStays) {
     for (const bool up : {true, false}) {
       ThresholdInput input;
       input.show();
-      auto* edit = input.findChild<QLineEdit*>(L("NFail"));
+      auto* edit = input.findChild<QLineEdit*>(Q("NFail"));
       edit->setFocus();
-      QTest::keyClicks(edit, L(c.text));
+      QTest::keyClicks(edit, Q(c.text));
       QTest::keyClick(edit, Qt::Key_Return);
-      EXPECT_EQ(input.Text(), L(c.text)) << "typed";
+      EXPECT_EQ(input.Text(), Q(c.text)) << "typed";
       QTest::keyClick(&input, up ? Qt::Key_Up : Qt::Key_Down);
-      EXPECT_EQ(input.Text(), L(up ? c.up : c.down)) << c.text << (up ? " up" : " down");
+      EXPECT_EQ(input.Text(), Q(up ? c.up : c.down)) << c.text << (up ? " up" : " down");
       EXPECT_GE(input.property("value").toInt(), 1);
       EXPECT_LE(input.property("value").toInt(), 10);
     }
@@ -113,11 +109,11 @@ class AddressTest : public ::testing::Test {
     QApplication::setActiveWindow(&window);
     Octet(1)->setFocus(Qt::TabFocusReason);
   }
-  QLineEdit* Octet(int number) const { return input.findChild<QLineEdit*>(L("Octet%1").arg(number)); }
+  QLineEdit* Octet(int number) const { return input.findChild<QLineEdit*>(Q("Octet%1").arg(number)); }
   int Focused() const { return window.focusWidget()->objectName().right(1).toInt(); }
   /// Each character goes to the octet that has the focus then; "<" is Left, ">" Right, "#" Backspace.
   void Keys(const char* keys) {
-    for (const QChar key : L(keys)) {
+    for (const QChar key : Q(keys)) {
       QWidget* target = window.focusWidget();
       if (key == u'<') {
         QTest::keyClick(target, Qt::Key_Left);
@@ -170,11 +166,11 @@ TEST_F(AddressTest, TypingMovesThroughTheOctets) {
                         {"", "255255255255", "255|255|255|255", 4}};
   for (const Case& c : cases) {
     input.Clear();
-    input.SetText(L(c.before));
+    input.SetText(Q(c.before));
     window.setFocus();
     Octet(1)->setFocus(Qt::TabFocusReason);
     Keys(c.keys);
-    EXPECT_EQ(Shown(), L(c.shown)) << c.before << " then " << c.keys;
+    EXPECT_EQ(Shown(), Q(c.shown)) << c.before << " then " << c.keys;
     EXPECT_EQ(Focused(), c.focus) << c.before << " then " << c.keys;
   }
 }
@@ -188,51 +184,51 @@ TEST_F(AddressTest, PasteTakesAWholeAddressOrOneNumberAndRefusesTheRest) {
                         Case{"77", "1|77|3|4"}, Case{"010.0.0.1", "10|0|0|1"}, Case{"256", "1|2|3|4"},
                         Case{"10.20.30.400", "1|2|3|4"}, Case{"10.20.30", "1|2|3|4"}, Case{"1.2.3.4.5", "1|2|3|4"},
                         Case{"", "1|2|3|4"}, Case{"-1", "1|2|3|4"}, Case{"web.example", "1|2|3|4"}}) {
-    input.SetText(L("1.2.3.4"));
+    input.SetText(Q("1.2.3.4"));
     Octet(2)->setFocus();
     Octet(2)->end(false);
-    QApplication::clipboard()->setText(L(c.pasted));
+    QApplication::clipboard()->setText(Q(c.pasted));
     QTest::keySequence(Octet(2), QKeySequence::Paste);
-    EXPECT_EQ(Shown(), L(c.shown)) << c.pasted;
+    EXPECT_EQ(Shown(), Q(c.shown)) << c.pasted;
 
-    input.SetText(L("1.2.3.4"));
+    input.SetText(Q("1.2.3.4"));
     QMimeData data;
-    data.setText(L(c.pasted));
+    data.setText(Q(c.pasted));
     QDragEnterEvent enter(QPoint(1, 1), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(Octet(2), &enter);
     QDropEvent drop(QPointF(1, 1), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(Octet(2), &drop);
-    EXPECT_EQ(Shown(), L(c.shown)) << "dropped " << c.pasted;
+    EXPECT_EQ(Shown(), Q(c.shown)) << "dropped " << c.pasted;
 
-    input.SetText(L("1.2.3.4"));
-    if (!L(c.pasted).isEmpty()) Octet(2)->setText(L(c.pasted).trimmed());  // as assistive software does
-    EXPECT_EQ(Shown(), L(c.shown)) << "set " << c.pasted;
+    input.SetText(Q("1.2.3.4"));
+    if (!Q(c.pasted).isEmpty()) Octet(2)->setText(Q(c.pasted).trimmed());  // as assistive software does
+    EXPECT_EQ(Shown(), Q(c.shown)) << "set " << c.pasted;
   }
 }
 
 TEST_F(AddressTest, CopyGivesTheWholeAddress) {
-  input.SetText(L("10.20.30.40"));
+  input.SetText(Q("10.20.30.40"));
   QTest::keySequence(Octet(3), QKeySequence::Copy);
-  EXPECT_EQ(QApplication::clipboard()->text(), L("10.20.30.40"));
+  EXPECT_EQ(QApplication::clipboard()->text(), Q("10.20.30.40"));
 }
 
 TEST_F(AddressTest, EntrySelectsTheOctet) {
-  input.SetText(L("10.20.30.40"));
+  input.SetText(Q("10.20.30.40"));
   window.setFocus();
   Octet(1)->setFocus(Qt::TabFocusReason);
-  EXPECT_EQ(Octet(1)->selectedText(), L("10"));
+  EXPECT_EQ(Octet(1)->selectedText(), Q("10"));
   Keys(".");
-  EXPECT_EQ(Octet(2)->selectedText(), L("20"));
+  EXPECT_EQ(Octet(2)->selectedText(), Q("20"));
   EXPECT_EQ(Octet(1)->selectedText(), QString());
 }
 
 TEST_F(AddressTest, TextIsPlainDecimalAndEmptyOctetsAreZero) {
   Keys("010.7");
-  EXPECT_EQ(input.Text(), L("10.7.0.0"));
+  EXPECT_EQ(input.Text(), Q("10.7.0.0"));
   EXPECT_FALSE(input.IsBlank());
   input.Clear();
   EXPECT_TRUE(input.IsBlank());
-  EXPECT_EQ(input.Text(), L("0.0.0.0"));
+  EXPECT_EQ(input.Text(), Q("0.0.0.0"));
   for (const int value : {-1, 256}) EXPECT_THROW(input.SetOctet(1, value), Error);
   for (const int number : {0, 5}) EXPECT_THROW(input.SetOctet(number, 1), Error);
 }

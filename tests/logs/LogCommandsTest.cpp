@@ -9,13 +9,11 @@
 #include <QRegularExpression>
 #include <csignal>
 
-#include "logs/LogCommands.h"
-#include "tree/InteractionsRig.h"
+#include "shell/MainFixture.h"
+#include "store/StoreFixture.h"
 
-namespace quarl::logs {
+namespace quarl::shell {
 namespace {
-
-using tree::Q;
 
 /// While it lives, no file can grow past some bytes, as on a full disk.
 class FullDisk {
@@ -35,27 +33,30 @@ class FullDisk {
   void (*handler_)(int);
 };
 
-class LogCommandsTest : public tree::InteractionsRig {
+class LogCommandsTest : public MainFixture {
  protected:
   LogCommandsTest() {
-    folder.Write(Q("saved/old.log"), "old\n");
-    for (int i = 1; i <= 3; ++i) sql.Log().AddLog(static_cast<qint16>(i), Q("record %1\nnext").arg(i));
-    Click("_LOG");
-    calls.clear();
+    QDir(Folder()).mkpath(Q("saved"));
+    WriteOld();
+    for (int i = 1; i <= 3; ++i) stores_.Log().AddLog(static_cast<qint16>(i), Q("record %1\nnext").arg(i));
+    Start();
+    ClickNode(Q("_LOG"));
   }
-  void Clear() {
-    trap.Quiet("mLogClear_Click", [&] { commands.Clear(); });
+  void WriteOld() const {
+    QFile file(Saved("old.log"));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("old\n") == 4);
   }
-  void Save() {
-    trap.Quiet("mLogSave_Click", [&] { commands.Save(); });
+  QString Saved(const char* name) const { return Folder("/saved/") + Q(name); }
+  /// The user chooses the command and answers its question.
+  void Clear(const char* answer = "YesButton") {
+    ExpectQuestion("Are you sure to delete definitely the logs?", answer);
+    Choose("mLogClear");
   }
-  QString Log() { return store::Column(sql.Log().GetLogs(), "LogDescription"); }
-  void AnswerClear(const char* button) {
-    dialogs.ExpectBox({Q("warning"), Q("Warning"), Q("Are you sure to delete definitely the logs?")}, Q(button));
-  }
+  void Save() { Choose("mLogSave"); }
+  QString Log() { return store::Column(stores_.Log().GetLogs(), "LogDescription"); }
   /// The user types a name into the file dialog and ends it with a button.
   void AnswerFileDialog(const QString& name, QDialogButtonBox::StandardButton button = QDialogButtonBox::Save) {
-    dialogs.Expect(Q("CommonDialog"), [=](QWidget& widget) {
+    dialogs_.Expect(Q("CommonDialog"), [=](QWidget& widget) {
       auto& dialog = static_cast<QFileDialog&>(widget);
       EXPECT_EQ(dialog.windowTitle(), Q("Save log file"));
       EXPECT_EQ(dialog.nameFilters(), QStringList{Q("Log (*.log)")});
@@ -65,82 +66,74 @@ class LogCommandsTest : public tree::InteractionsRig {
   }
   /// The user answers whether a file is to be overwritten.
   void AnswerOverwrite(QMessageBox::StandardButton button) {
-    dialogs.Expect(QString(), [=](QWidget& widget) {
+    dialogs_.Expect(QString(), [=](QWidget& widget) {
       auto* box = qobject_cast<QMessageBox*>(&widget);
       ASSERT_NE(box, nullptr);
       box->button(button)->click();
     });
   }
   void ExpectFailure() {
-    dialogs.ExpectBox({Q("critical"), Q("Quarl Console"), Q("An error occured. The log has not been saved.")},
-                      Q("OKButton"));
+    dialogs_.ExpectBox({Q("critical"), Q("Quarl Console"), Q("An error occured. The log has not been saved.")});
   }
-  QStringList Files() const { return QDir(folder.Path(Q("saved"))).entryList(QDir::Files | QDir::Hidden); }
-
-  LogCommands commands{stores, tree, *this, window};
+  QStringList Files() const { return QDir(Folder("/saved")).entryList(QDir::Files | QDir::Hidden); }
 };
 
 TEST_F(LogCommandsTest, ClearingLeavesItsOwnRecord) {
-  AnswerClear("YesButton");
   EXPECT_LE(Statements([&] { Clear(); }), 3U);
   EXPECT_EQ(Log(), Q("The log has been cleared successfully."));
-  EXPECT_EQ(store::Column(sql.Log().GetLogs(), "IDSeverity"), Q("1"));
-  EXPECT_EQ(Calls(), Q("options:_LOG+"));
-  EXPECT_EQ(rows.rowCount(), 1);
+  EXPECT_EQ(store::Column(stores_.Log().GetLogs(), "IDSeverity"), Q("1"));
+  ASSERT_EQ(Rows().rowCount(), 1);
+  EXPECT_EQ(Rows().index(0, 0).data().toString(), Q("The log has been cleared successfully."));
 }
 
 TEST_F(LogCommandsTest, ClearingShowsTheNodeOfTheSelectedKey) {
-  Click("_GROUP_1");
-  calls.clear();
-  AnswerClear("YesButton");
+  Click("_GROUP_0");
+  AddServer("late");
   Clear();
-  EXPECT_EQ(Calls(), Q("options:_GROUP_1+"));
+  EXPECT_EQ(Rows().rowCount(), 1);
+  EXPECT_EQ(Window().SelectedKey(), Q("_GROUP_0"));
+  stores_.Log().AddLog(1, Q("more"));
   Click("_LOG");
-  selected.clear();  // as after a click on a log row
-  calls.clear();
-  AnswerClear("YesButton");
+  ClickRow(0);
+  EXPECT_EQ(Window().SelectedKey(), QString());
   Clear();
-  EXPECT_EQ(Calls(), Q("options:_LOG+"));
-  EXPECT_EQ(rows.rowCount(), 1);
+  EXPECT_EQ(Window().SelectedKey(), Q("_LOG"));
+  EXPECT_EQ(Rows().rowCount(), 1);
 }
 
 TEST_F(LogCommandsTest, NoChangesNothing) {
-  AnswerClear("NoButton");
-  EXPECT_EQ(Statements([&] { Clear(); }), 0U);
-  EXPECT_EQ(Calls(), QString());
+  EXPECT_EQ(Statements([&] { Clear("NoButton"); }), 0U);
 }
 
 TEST_F(LogCommandsTest, FailuresOfClearingAreSilent) {
   const QString before = Log();
-  stores.ThrowFrom(Q("LogStore.ClearLogs"));
-  AnswerClear("YesButton");
+  const int refills = Refills();
+  faulty_.ThrowFrom(Q("LogStore.ClearLogs"));
   Clear();
   EXPECT_EQ(Log(), before);
-  EXPECT_EQ(stores.Calls(Q("LogStore.AddLog")), 0);
-  EXPECT_EQ(Calls(), QString());
-  EXPECT_EQ(rows.rowCount(), 3);
-  stores.Heal();
-  stores.RefuseFrom(Q("LogStore.ClearLogs"));
-  AnswerClear("YesButton");
+  EXPECT_EQ(faulty_.Calls(Q("LogStore.AddLog")), 0);
+  EXPECT_EQ(Refills(), refills);
+  EXPECT_EQ(Rows().rowCount(), 3);
+  faulty_.Heal();
+  faulty_.RefuseFrom(Q("LogStore.ClearLogs"));
   Clear();
-  EXPECT_EQ(stores.Calls(Q("LogStore.AddLog")), 1);
+  EXPECT_EQ(faulty_.Calls(Q("LogStore.AddLog")), 1);
 }
 
 TEST_F(LogCommandsTest, SavesUnderTheNameAsTyped) {
-  AnswerFileDialog(folder.Path(Q("saved/tägliches")));
+  AnswerFileDialog(Saved("tägliches"));
   Save();
-  EXPECT_EQ(Files(), (QStringList{Q("old.log"), Q("tägliches")}));
-  const QString text = QString::fromUtf8(store::BytesOf(folder.Path(Q("saved/tägliches"))));
+  EXPECT_EQ(Files(), (Words("old.log tägliches")));
+  const QString text = QString::fromUtf8(store::BytesOf(Saved("tägliches")));
   const QStringList lines = text.split(u'\n');
   ASSERT_EQ(lines.size(), 4);
   const QRegularExpression line(
       Q("^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}(Z|[+-]\\d\\d:\\d\\d)\t\\w+\trecord \\d\\\\nnext$"));
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(line.match(lines[i]).hasMatch()) << lines[i].toStdString();
-  EXPECT_EQ(Calls(), QString());
 }
 
 TEST_F(LogCommandsTest, AsksBeforeItOverwrites) {
-  const QString old = folder.Path(Q("saved/old.log"));
+  const QString old = Saved("old.log");
   AnswerFileDialog(old);
   AnswerOverwrite(QMessageBox::Yes);
   Save();
@@ -149,15 +142,19 @@ TEST_F(LogCommandsTest, AsksBeforeItOverwrites) {
 }
 
 TEST_F(LogCommandsTest, CancelSavesNothing) {
-  AnswerFileDialog(folder.Path(Q("saved/new.log")), QDialogButtonBox::Cancel);
+  AnswerFileDialog(Saved("new.log"), QDialogButtonBox::Cancel);
   Save();
-  EXPECT_EQ(stores.Calls(Q("LogStore.SaveLog")), 0);
+  EXPECT_EQ(faulty_.Calls(Q("LogStore.SaveLog")), 0);
   EXPECT_EQ(Files(), QStringList{Q("old.log")});
 }
 
 TEST_F(LogCommandsTest, FullDiskLeavesTheOldFile) {
-  for (int i = 0; i < 2000; ++i) sql.Log().AddLog(1, QString(40, u'x'));
-  const QString old = folder.Path(Q("saved/old.log"));
+  {
+    const auto change = stores_.BeginChange();
+    for (int i = 0; i < 2000; ++i) stores_.Log().AddLog(1, QString(40, u'x'));
+    change->Commit();
+  }
+  const QString old = Saved("old.log");
   AnswerFileDialog(old);
   AnswerOverwrite(QMessageBox::Yes);
   ExpectFailure();
@@ -170,17 +167,16 @@ TEST_F(LogCommandsTest, FullDiskLeavesTheOldFile) {
 }
 
 TEST_F(LogCommandsTest, FailedSaveIsReportedAndAnErrorIsNot) {
-  stores.RefuseFrom(Q("LogStore.SaveLog"));
-  AnswerFileDialog(folder.Path(Q("saved/new.log")));
+  faulty_.RefuseFrom(Q("LogStore.SaveLog"));
+  AnswerFileDialog(Saved("new.log"));
   ExpectFailure();
   Save();
-  dialogs.Verify();
-  stores.ThrowFrom(Q("LogStore.SaveLog"));
-  AnswerFileDialog(folder.Path(Q("saved/new.log")));
+  dialogs_.Verify();
+  faulty_.ThrowFrom(Q("LogStore.SaveLog"));
+  AnswerFileDialog(Saved("new.log"));
   Save();
   EXPECT_EQ(Files(), QStringList{Q("old.log")});
-  EXPECT_EQ(Calls(), QString());
 }
 
 }  // namespace
-}  // namespace quarl::logs
+}  // namespace quarl::shell

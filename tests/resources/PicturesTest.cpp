@@ -20,59 +20,58 @@ QImage LoadIcon(const char* name, int size) {
   return Load(QStringLiteral("%1/%2.png").arg(size).arg(QLatin1StringView(name)));
 }
 
+template <typename Act>
+void EachPixel(const QImage& image, Act act) {
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) act(x, y, image.pixel(x, y));
+  }
+}
+
 int CountPixels(const QImage& image, bool (*wanted)(QRgb)) {
   int count = 0;
-  for (int y = 0; y < image.height(); ++y) {
-    for (int x = 0; x < image.width(); ++x) count += wanted(image.pixel(x, y)) ? 1 : 0;
-  }
+  EachPixel(image, [&](int, int, QRgb pixel) { count += wanted(pixel) ? 1 : 0; });
   return count;
 }
 
 // The picture as somebody sees it who sees no colours, on a ground of the given grey.
 QImage Greyscale(const QImage& image, int ground) {
   QImage grey(image.size(), QImage::Format_Grayscale8);
-  for (int y = 0; y < image.height(); ++y) {
-    for (int x = 0; x < image.width(); ++x) {
-      const QRgb pixel = image.pixel(x, y);
-      const int level = (qGray(pixel) * qAlpha(pixel) + ground * (255 - qAlpha(pixel))) / 255;
-      grey.setPixelColor(x, y, QColor(level, level, level));
-    }
-  }
+  EachPixel(image, [&](int x, int y, QRgb pixel) {
+    const int level = (qGray(pixel) * qAlpha(pixel) + ground * (255 - qAlpha(pixel))) / 255;
+    grey.setPixelColor(x, y, QColor(level, level, level));
+  });
   return grey;
 }
 
 // Where the picture covers its ground: its outline with the light glyph left out, whatever its colours are.
 QImage Shape(const QImage& image) {
   QImage shape(image.size(), QImage::Format_Grayscale8);
-  for (int y = 0; y < image.height(); ++y) {
-    for (int x = 0; x < image.width(); ++x) {
-      const QRgb pixel = image.pixel(x, y);
-      const bool covered = qAlpha(pixel) >= 128 && qGray(pixel) < 190;
-      shape.setPixelColor(x, y, covered ? Qt::black : Qt::white);
-    }
-  }
+  EachPixel(image, [&](int x, int y, QRgb pixel) {
+    const bool covered = qAlpha(pixel) >= 128 && qGray(pixel) < 190;
+    shape.setPixelColor(x, y, covered ? Qt::black : Qt::white);
+  });
   return shape;
 }
 
 double DifferingShare(const QImage& a, const QImage& b) {
   int differing = 0;
-  for (int y = 0; y < a.height(); ++y) {
-    for (int x = 0; x < a.width(); ++x) differing += a.pixel(x, y) != b.pixel(x, y) ? 1 : 0;
-  }
+  EachPixel(a, [&](int x, int y, QRgb pixel) { differing += pixel != b.pixel(x, y) ? 1 : 0; });
   return double(differing) / (a.width() * a.height());
+}
+
+double DifferingShape(const char* a, const char* b, int size) {
+  return DifferingShare(Shape(LoadIcon(a, size)), Shape(LoadIcon(b, size)));
 }
 
 double MeanContrast(const QImage& image, int ground) {
   const QImage grey = Greyscale(image, ground);
   double sum = 0;
   int covered = 0;
-  for (int y = 0; y < grey.height(); ++y) {
-    for (int x = 0; x < grey.width(); ++x) {
-      if (qAlpha(image.pixel(x, y)) < 128) continue;
-      sum += std::abs(qGray(grey.pixel(x, y)) - ground);
-      ++covered;
-    }
-  }
+  EachPixel(grey, [&](int x, int y, QRgb pixel) {
+    if (qAlpha(image.pixel(x, y)) < 128) return;
+    sum += std::abs(qGray(pixel) - ground);
+    ++covered;
+  });
   return covered == 0 ? 0 : sum / covered;
 }
 
@@ -100,33 +99,26 @@ TEST(Pictures, EveryIconIsDrawnAndSeenOnLightAndDarkGround) {
 
 TEST(Pictures, NoTwoIconsLookTheSameWithoutColour) {
   for (std::size_t i = 0; i < iconNames.size(); ++i) {
-    for (std::size_t j = i + 1; j < iconNames.size(); ++j) {
-      const QImage a = Shape(LoadIcon(iconNames[i], 16));
-      const QImage b = Shape(LoadIcon(iconNames[j], 16));
-      EXPECT_GT(DifferingShare(a, b), 0.01) << iconNames[i] << " and " << iconNames[j];
-    }
+    for (std::size_t j = i + 1; j < iconNames.size(); ++j)
+      EXPECT_GT(DifferingShape(iconNames[i], iconNames[j], 16), 0.01) << iconNames[i] << " and " << iconNames[j];
   }
 }
 
-struct Family {
-  const char* what;
-  std::vector<const char*> names;
-  double least;  // the share of the area in which any two must differ
-};
-
 TEST(Pictures, StatesAndSeveritiesDifferInShape) {
-  const std::vector<Family> families = {
+  const struct {
+    const char* what;
+    std::vector<const char*> names;
+    double least;  // the share of the area in which any two must differ
+  } families[] = {
       {"test states", {"iTEST_STATE1", "iTEST_STATE2", "iTEST_STATE3"}, 0.20},
       {"severities", {"iSEVERITY1", "iSEVERITY2", "iSEVERITY3"}, 0.10},
       {"failed test and error", {"iTEST_STATE3", "iSEVERITY3"}, 0.20},
   };
-  for (const Family& family : families) {
+  for (const auto& family : families) {
     for (const int size : {16, 24, 32}) {
       for (std::size_t i = 0; i < family.names.size(); ++i) {
         for (std::size_t j = i + 1; j < family.names.size(); ++j) {
-          const QImage a = Shape(LoadIcon(family.names[i], size));
-          const QImage b = Shape(LoadIcon(family.names[j], size));
-          EXPECT_GT(DifferingShare(a, b), family.least)
+          EXPECT_GT(DifferingShape(family.names[i], family.names[j], size), family.least)
               << family.what << ": " << family.names[i] << " and " << family.names[j] << " at " << size;
         }
       }
@@ -138,11 +130,7 @@ TEST(Pictures, StatesAndSeveritiesDifferInShape) {
 TEST(Pictures, BadgesAndThingsAreTheSameInEveryPairing) {
   const QRect thing(0, 0, 7, 16);
   const QRect badge(9, 9, 7, 7);
-  struct Row {
-    QRect part;
-    std::vector<const char*> names;
-  };
-  const std::vector<Row> rows = {
+  const std::pair<QRect, std::vector<const char*>> rows[] = {
       {badge, {"bGROUP_ADD", "bSERVER_ADD", "bTEST_ADD", "bALERT_ADD"}},
       {badge, {"bGROUP_SUB", "bSERVER_SUB", "bTEST_SUB", "bALERT_SUB"}},
       {badge, {"bCHECK_GROUP", "bCHECK_SERVER", "bCHECK_TEST"}},
@@ -152,10 +140,10 @@ TEST(Pictures, BadgesAndThingsAreTheSameInEveryPairing) {
       {thing, {"bALERT_ADD", "bALERT_SUB"}},
       {thing, {"bSERVICE_START", "bSERVICE_STOP"}},
   };
-  for (const Row& row : rows) {
-    const QImage first = LoadIcon(row.names.front(), 16).copy(row.part);
-    for (const char* name : row.names) {
-      EXPECT_EQ(DifferingShare(first, LoadIcon(name, 16).copy(row.part)), 0) << row.names.front() << " and " << name;
+  for (const auto& [part, names] : rows) {
+    const QImage first = LoadIcon(names.front(), 16).copy(part);
+    for (const char* name : names) {
+      EXPECT_EQ(DifferingShare(first, LoadIcon(name, 16).copy(part)), 0) << names.front() << " and " << name;
     }
   }
 }
@@ -179,9 +167,7 @@ TEST(Pictures, SplashLeavesABandForText) {
   const QImage band = Load(QStringLiteral("SplashLogo.png")).copy(0, 212, 480, 64);
   const QRgb tone = band.pixel(0, 0);
   EXPECT_LT(qGray(tone), 64);
-  for (int y = 0; y < band.height(); ++y) {
-    for (int x = 0; x < band.width(); ++x) ASSERT_EQ(band.pixel(x, y), tone) << x << ", " << y;
-  }
+  EachPixel(band, [&](int x, int y, QRgb pixel) { ASSERT_EQ(pixel, tone) << x << ", " << y; });
 }
 
 TEST(Pictures, ProgramIconHasTheDesktopSizes) {

@@ -54,27 +54,22 @@ TEST_F(LayoutTest, TheSplitterMovesTheBorderBetweenTreeAndList) {
   ExpectSideBySide();
 }
 
-struct LimitCase {
-  int to;
-  int bar;
-  int treeWidth;
-};
-
 TEST_F(LayoutTest, TheSplitterKeepsItsDistances) {
   const int width = AreaWidth();
-  const LimitCase cases[] = {{-200, 40, 100},
-                             {39, 40, 100},
-                             {40, 40, 100},
-                             {99, 99, 100},
-                             {150, 150, 150},
-                             {width - 50, width - 50, width - 100},
-                             {width - 40, width - 40, width - 100},
-                             {width + 300, width - 40, width - 100}};
-  for (const LimitCase& each : cases) {
-    DragTo(each.to);
-    EXPECT_EQ(bar_->x(), each.bar) << each.to;
+  // Where the splitter is moved to, where its bar stands then, and the tree's width.
+  const std::tuple<int, int, int> cases[] = {{-200, 40, 100},
+                                             {39, 40, 100},
+                                             {40, 40, 100},
+                                             {99, 99, 100},
+                                             {150, 150, 150},
+                                             {width - 50, width - 50, width - 100},
+                                             {width - 40, width - 40, width - 100},
+                                             {width + 300, width - 40, width - 100}};
+  for (const auto& [to, bar, treeWidth] : cases) {
+    DragTo(to);
+    EXPECT_EQ(bar_->x(), bar) << to;
     Drop();
-    EXPECT_EQ(Tree().width(), each.treeWidth) << each.to;
+    EXPECT_EQ(Tree().width(), treeWidth) << to;
     ExpectSideBySide();
   }
 }

@@ -16,7 +16,7 @@ class StartUpTest : public MainFixture {
  protected:
   // Starts on something that keeps the images from being loaded: one message, and an empty window that can be used.
   void ExpectFailure(const QString& partOfMessage) {
-    dialogs_.ExpectAnyBox(Q("OKButton"));
+    dialogs_.ExpectAnyBox();
     Start();
     ASSERT_EQ(dialogs_.Boxes().size(), 1U);
     const testing::ShownBox box = dialogs_.Boxes()[0];
@@ -40,7 +40,7 @@ TEST_F(StartUpTest, OpensWithTheRootGroupSelectedAndListed) {
   AddServer("alpha", group);
   AddServer("beta");
   Start();
-  EXPECT_EQ(Tree().Nodes().ChildrenOf({}), QStringList({Q("_GROUP_0"), Q("_LOG")}));
+  EXPECT_EQ(Tree().Nodes().ChildrenOf({}), QStringList(Words("_GROUP_0 _LOG")));
   EXPECT_EQ(Tree().SelectedKey(), Q("_GROUP_0"));
   EXPECT_EQ(Window().SelectedKey(), Q("_GROUP_0"));
   EXPECT_EQ(List().model()->rowCount(), 2);
@@ -72,22 +72,12 @@ TEST_F(StartUpTest, AModuleWithoutPictureIsNamed) {
   ExpectFailure(Folder("/plugins/alerts/email.dll"));
 }
 
-TEST_F(StartUpTest, AStoreThatIsNoStoreIsReported) {
-  QFile file(Folder("/store.db"));
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write(QByteArray(8192, 'x'));
-  file.close();
-  ExpectFailure(Folder("/store.db"));
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  EXPECT_EQ(file.readAll(), QByteArray(8192, 'x')) << "the file is left alone";
-}
-
 TEST_F(StartUpTest, AStoreThatCannotBeReachedIsReportedAndTheWindowLives) {
   QDir().mkpath(Folder("/store.db"));
   ExpectFailure(Folder("/store.db"));
   dialogs_.Expect(Q("frmAbout"), testing::DialogDriver::Click(Q("OKButton")));
   Action(Q("mAbout"))->trigger();
-  dialogs_.ExpectAnyBox(Q("OKButton"));
+  dialogs_.ExpectAnyBox();
   Window().LoadMenu();
 }
 
@@ -95,10 +85,8 @@ TEST_F(StartUpTest, AListThatCannotBeReadIsReported) {
   const qint32 group = stores_.Groups().AddGroup(Q("Office"), QString());
   Start();
   ASSERT_TRUE(QFile::remove(Folder("/store.db")));
-  dialogs_.ExpectAnyBox(Q("OKButton"));
+  dialogs_.ExpectError(Q("(Main:UpdateOptions)"));
   ClickNode(NodeKey::Make(NodeKind::Group, group));
-  ASSERT_EQ(dialogs_.Boxes().size(), 1U);
-  EXPECT_TRUE(dialogs_.Boxes()[0].text.endsWith(Q("(Main:UpdateOptions)"))) << dialogs_.Boxes()[0];
   EXPECT_EQ(List().model()->columnCount(), 2);
   EXPECT_TRUE(Action(Q("mGroupRemove"))->isEnabled());
 }
@@ -134,7 +122,7 @@ TEST_F(StartUpTest, TheTreeShowsThePicturesOfTheModules) {
 
 TEST_F(StartUpTest, LoadingImagesAgainFailsOnTheFirstKey) {
   Start();
-  dialogs_.ExpectAnyBox(Q("OKButton"));
+  dialogs_.ExpectAnyBox();
   EXPECT_FALSE(Window().LoadImages());
   EXPECT_TRUE(dialogs_.Boxes()[0].text.contains(Q("iSERVERGROUP")));
 }

@@ -97,7 +97,7 @@ SStop|Stop Quarl service)";
 
 class StructureTest : public MainFixture {
  protected:
-  StructureTest() { window_ = std::make_unique<Main>(stores_, InstallPaths(Folder())); }
+  StructureTest() { window_ = std::make_unique<Main>(stores_, InstallPaths(Folder()), calls_); }
 };
 
 TEST_F(StructureTest, MenuBarHasEveryItemInItsPlace) {

@@ -68,6 +68,14 @@ void DialogDriver::ExpectAnyBox(const QString& button) {
   expected_.push_back({QStringLiteral("any message box"), fits, Click(button)});
 }
 
+void DialogDriver::ExpectError(const QString& end) {
+  const auto fits = [end](QWidget& dialog) {
+    const auto* shown = qobject_cast<QMessageBox*>(&dialog);
+    return shown && Read(*shown).kind == QStringLiteral("message") && shown->text().endsWith(end);
+  };
+  expected_.push_back({QStringLiteral("error ...%1").arg(end), fits, Click(QStringLiteral("OKButton"))});
+}
+
 void DialogDriver::Verify() {
   for (const Expected& expected : expected_) {
     ADD_FAILURE() << "This dialog did not come: " << expected.description.toStdString();
@@ -96,7 +104,7 @@ void DialogDriver::Look() {
   Arm();
   std::erase_if(answered_, [](const QPointer<QWidget>& known) { return !known || !known->isVisible(); });
   QWidget* dialog = QApplication::activeModalWidget();
-  if (!dialog || !dialog->isVisible()) return;
+  if (!dialog || !dialog->isVisible() || dialog->testAttribute(Qt::WA_DontShowOnScreen)) return;
   if (std::find(answered_.begin(), answered_.end(), dialog) != answered_.end()) {
     CloseIfStuck(*dialog);
     return;

@@ -41,9 +41,11 @@ class DialogDriver {
   /// The next dialog is the one of this object name; the act answers it and must leave it closed or closing.
   void Expect(const QString& objectName, Act act);
   /// The next dialog is a message box that shows this; the named button is clicked.
-  void ExpectBox(const ShownBox& box, const QString& button);
+  void ExpectBox(const ShownBox& box, const QString& button = QStringLiteral("OKButton"));
   /// The same for any texts; they are in Boxes() afterwards.
-  void ExpectAnyBox(const QString& button);
+  void ExpectAnyBox(const QString& button = QStringLiteral("OKButton"));
+  /// The same for the message of an error whose text ends so, with its tag.
+  void ExpectError(const QString& end);
   /// Every message box that came, in order.
   const std::vector<ShownBox>& Boxes() const { return boxes_; }
   /// Fails the test when an expected dialog has not come.

@@ -1,11 +1,10 @@
 #include "support/FaultyStores.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace quarl::store {
 
-FaultyStores::Faults::Verdict FaultyStores::Faults::Call(const char* operation) {
+FaultyStores::Faults::Verdict FaultyStores::Faults::Call(const QByteArray& operation) {
   const QString name = QString::fromLatin1(operation);
   const int call = ++calls_[name];
   if (!always_.isNull()) throw StoreError(always_);
@@ -23,17 +22,18 @@ using Faults = FaultyStores::Faults;
 template <typename Store>
 class Through {
  public:
-  Through(Store& store, Faults& faults) : store_(store), faults_(faults) {}
+  Through(Store& store, Faults& faults, const char* name) : store_(store), faults_(faults), name_(name) {}
 
  protected:
+  using S = Store;
   template <typename Result, typename... Parameters, typename... Arguments>
   Result Pass(const char* name, Result (Store::*operation)(Parameters...), const Arguments&... arguments) {
-    if (faults_.Call(name) == Faults::Verdict::Refuse) return Result{};
+    if (faults_.Call(name_ + name) == Faults::Verdict::Refuse) return Result{};
     return (store_.*operation)(arguments...);
   }
   template <typename... Parameters, typename... Arguments>
   RecordSet Rows(const char* name, RecordSet (Store::*operation)(Parameters...), const Arguments&... arguments) {
-    const bool none = faults_.Call(name) == Faults::Verdict::Refuse;
+    const bool none = faults_.Call(name_ + name) == Faults::Verdict::Refuse;
     RecordSet rows = (store_.*operation)(arguments...);
     while (none && !rows.Eof()) rows.MoveNext();
     return rows;
@@ -42,174 +42,131 @@ class Through {
  private:
   Store& store_;
   Faults& faults_;
+  const QByteArray name_;
 };
 
 class FaultySystemConfig final : public SystemConfig, private Through<SystemConfig> {
  public:
-  using Through<SystemConfig>::Through;
-  qint16 GetServiceState() override { return Pass("SystemConfig.GetServiceState", &SystemConfig::GetServiceState); }
-  bool StartService() override { return Pass("SystemConfig.StartService", &SystemConfig::StartService); }
-  bool StopService() override { return Pass("SystemConfig.StopService", &SystemConfig::StopService); }
-  RecordSet GetTestTypes() override { return Rows("SystemConfig.GetTestTypes", &SystemConfig::GetTestTypes); }
-  RecordSet GetAlertTypes() override { return Rows("SystemConfig.GetAlertTypes", &SystemConfig::GetAlertTypes); }
+  FaultySystemConfig(SystemConfig& store, Faults& faults) : Through(store, faults, "SystemConfig.") {}
+  qint16 GetServiceState() override { return Pass(__func__, &S::GetServiceState); }
+  bool StartService() override { return Pass(__func__, &S::StartService); }
+  bool StopService() override { return Pass(__func__, &S::StopService); }
+  RecordSet GetTestTypes() override { return Rows(__func__, &S::GetTestTypes); }
+  RecordSet GetAlertTypes() override { return Rows(__func__, &S::GetAlertTypes); }
   bool AddTestType(const QString& moduleFile, const QString& productName) override {
-    return Pass("SystemConfig.AddTestType", &SystemConfig::AddTestType, moduleFile, productName);
+    return Pass(__func__, &S::AddTestType, moduleFile, productName);
   }
-  bool RemoveTestType(qint32 idTestType) override {
-    return Pass("SystemConfig.RemoveTestType", &SystemConfig::RemoveTestType, idTestType);
-  }
+  bool RemoveTestType(qint32 id) override { return Pass(__func__, &S::RemoveTestType, id); }
   bool AddAlertType(const QString& moduleFile, const QString& productName) override {
-    return Pass("SystemConfig.AddAlertType", &SystemConfig::AddAlertType, moduleFile, productName);
+    return Pass(__func__, &S::AddAlertType, moduleFile, productName);
   }
-  bool RemoveAlertType(qint32 idAlertType) override {
-    return Pass("SystemConfig.RemoveAlertType", &SystemConfig::RemoveAlertType, idAlertType);
-  }
+  bool RemoveAlertType(qint32 id) override { return Pass(__func__, &S::RemoveAlertType, id); }
 };
 
 class FaultyServerStore final : public ServerStore, private Through<ServerStore> {
  public:
-  using Through<ServerStore>::Through;
-  std::optional<ServerRecord> GetServer(qint32 idServer) override {
-    return Pass("ServerStore.GetServer", &ServerStore::GetServer, idServer);
-  }
+  FaultyServerStore(ServerStore& store, Faults& faults) : Through(store, faults, "ServerStore.") {}
+  std::optional<ServerRecord> GetServer(qint32 id) override { return Pass(__func__, &S::GetServer, id); }
   bool UpdateServer(qint32 idServer, const QString& name, const QString& ipAddress, qint32 idGroup) override {
-    return Pass("ServerStore.UpdateServer", &ServerStore::UpdateServer, idServer, name, ipAddress, idGroup);
+    return Pass(__func__, &S::UpdateServer, idServer, name, ipAddress, idGroup);
   }
   qint32 AddServer(const QString& name, const QString& ipAddress, qint32 idGroup) override {
-    return Pass("ServerStore.AddServer", &ServerStore::AddServer, name, ipAddress, idGroup);
+    return Pass(__func__, &S::AddServer, name, ipAddress, idGroup);
   }
-  bool RemoveServer(qint32 idServer) override {
-    return Pass("ServerStore.RemoveServer", &ServerStore::RemoveServer, idServer);
+  bool RemoveServer(qint32 id) override { return Pass(__func__, &S::RemoveServer, id); }
+  bool CheckServer(qint32 id) override { return Pass(__func__, &S::CheckServer, id); }
+  RecordSet GetServersByGroup(qint32 id) override { return Rows(__func__, &S::GetServersByGroup, id); }
+  RecordSet GetAllServers(qint32 id) override { return Rows(__func__, &S::GetAllServers, id); }
+  std::optional<ScheduleRecord> GetServerSchedule(qint32 id) override {
+    return Pass(__func__, &S::GetServerSchedule, id);
   }
-  bool CheckServer(qint32 idServer) override {
-    return Pass("ServerStore.CheckServer", &ServerStore::CheckServer, idServer);
+  bool SetServerSchedule(qint32 id, const ScheduleRecord& schedule) override {
+    return Pass(__func__, &S::SetServerSchedule, id, schedule);
   }
-  RecordSet GetServersByGroup(qint32 idGroup) override {
-    return Rows("ServerStore.GetServersByGroup", &ServerStore::GetServersByGroup, idGroup);
-  }
-  RecordSet GetAllServers(qint32 idGroup) override {
-    return Rows("ServerStore.GetAllServers", &ServerStore::GetAllServers, idGroup);
-  }
-  std::optional<ScheduleRecord> GetServerSchedule(qint32 idServer) override {
-    return Pass("ServerStore.GetServerSchedule", &ServerStore::GetServerSchedule, idServer);
-  }
-  bool SetServerSchedule(qint32 idServer, const ScheduleRecord& schedule) override {
-    return Pass("ServerStore.SetServerSchedule", &ServerStore::SetServerSchedule, idServer, schedule);
-  }
-  bool SetFailThreshold(qint32 idServer, qint16 count) override {
-    return Pass("ServerStore.SetFailThreshold", &ServerStore::SetFailThreshold, idServer, count);
-  }
-  qint16 GetFailThreshold(qint32 idServer) override {
-    return Pass("ServerStore.GetFailThreshold", &ServerStore::GetFailThreshold, idServer);
-  }
+  bool SetFailThreshold(qint32 id, qint16 count) override { return Pass(__func__, &S::SetFailThreshold, id, count); }
+  qint16 GetFailThreshold(qint32 id) override { return Pass(__func__, &S::GetFailThreshold, id); }
 };
 
 class FaultyGroupStore final : public GroupStore, private Through<GroupStore> {
  public:
-  using Through<GroupStore>::Through;
+  FaultyGroupStore(GroupStore& store, Faults& faults) : Through(store, faults, "GroupStore.") {}
   qint32 AddGroup(const QString& name, const QString& description) override {
-    return Pass("GroupStore.AddGroup", &GroupStore::AddGroup, name, description);
+    return Pass(__func__, &S::AddGroup, name, description);
   }
-  bool RemoveGroup(qint32 idGroup) override {
-    return Pass("GroupStore.RemoveGroup", &GroupStore::RemoveGroup, idGroup);
+  bool RemoveGroup(qint32 id) override { return Pass(__func__, &S::RemoveGroup, id); }
+  bool CheckGroup(qint32 id) override { return Pass(__func__, &S::CheckGroup, id); }
+  RecordSet GetGroups(qint32 id) override { return Rows(__func__, &S::GetGroups, id); }
+  std::optional<GroupRecord> GetGroup(qint32 id) override { return Pass(__func__, &S::GetGroup, id); }
+  bool UpdateGroup(qint32 id, const QString& name, const QString& description) override {
+    return Pass(__func__, &S::UpdateGroup, id, name, description);
   }
-  bool CheckGroup(qint32 idGroup) override { return Pass("GroupStore.CheckGroup", &GroupStore::CheckGroup, idGroup); }
-  RecordSet GetGroups(qint32 idGroup) override { return Rows("GroupStore.GetGroups", &GroupStore::GetGroups, idGroup); }
-  std::optional<GroupRecord> GetGroup(qint32 idGroup) override {
-    return Pass("GroupStore.GetGroup", &GroupStore::GetGroup, idGroup);
+  std::optional<ScheduleRecord> GetGroupSchedule(qint32 id) override {
+    return Pass(__func__, &S::GetGroupSchedule, id);
   }
-  bool UpdateGroup(qint32 idGroup, const QString& name, const QString& description) override {
-    return Pass("GroupStore.UpdateGroup", &GroupStore::UpdateGroup, idGroup, name, description);
+  bool SetGroupSchedule(qint32 id, const ScheduleRecord& schedule) override {
+    return Pass(__func__, &S::SetGroupSchedule, id, schedule);
   }
-  std::optional<ScheduleRecord> GetGroupSchedule(qint32 idGroup) override {
-    return Pass("GroupStore.GetGroupSchedule", &GroupStore::GetGroupSchedule, idGroup);
-  }
-  bool SetGroupSchedule(qint32 idGroup, const ScheduleRecord& schedule) override {
-    return Pass("GroupStore.SetGroupSchedule", &GroupStore::SetGroupSchedule, idGroup, schedule);
-  }
-  std::optional<ScheduleRecord> GetDefaultSchedule() override {
-    return Pass("GroupStore.GetDefaultSchedule", &GroupStore::GetDefaultSchedule);
-  }
+  std::optional<ScheduleRecord> GetDefaultSchedule() override { return Pass(__func__, &S::GetDefaultSchedule); }
   bool SetDefaultSchedule(const ScheduleRecord& schedule) override {
-    return Pass("GroupStore.SetDefaultSchedule", &GroupStore::SetDefaultSchedule, schedule);
+    return Pass(__func__, &S::SetDefaultSchedule, schedule);
   }
 };
 
 class FaultyTestStore final : public TestStore, private Through<TestStore> {
  public:
-  using Through<TestStore>::Through;
-  bool CheckTest(qint32 idTest) override { return Pass("TestStore.CheckTest", &TestStore::CheckTest, idTest); }
+  FaultyTestStore(TestStore& store, Faults& faults) : Through(store, faults, "TestStore.") {}
+  bool CheckTest(qint32 id) override { return Pass(__func__, &S::CheckTest, id); }
   qint32 AddTest(qint32 idServer, qint32 idTestType, const QString& properties) override {
-    return Pass("TestStore.AddTest", &TestStore::AddTest, idServer, idTestType, properties);
+    return Pass(__func__, &S::AddTest, idServer, idTestType, properties);
   }
-  bool RemoveTest(qint32 idTest) override { return Pass("TestStore.RemoveTest", &TestStore::RemoveTest, idTest); }
-  RecordSet GetTestsByServer(qint32 idServer) override {
-    return Rows("TestStore.GetTestsByServer", &TestStore::GetTestsByServer, idServer);
+  bool RemoveTest(qint32 id) override { return Pass(__func__, &S::RemoveTest, id); }
+  RecordSet GetTestsByServer(qint32 id) override { return Rows(__func__, &S::GetTestsByServer, id); }
+  std::optional<QString> GetTestProperties(qint32 id) override { return Pass(__func__, &S::GetTestProperties, id); }
+  bool SetTestProperties(qint32 id, const QString& properties) override {
+    return Pass(__func__, &S::SetTestProperties, id, properties);
   }
-  std::optional<QString> GetTestProperties(qint32 idTest) override {
-    return Pass("TestStore.GetTestProperties", &TestStore::GetTestProperties, idTest);
-  }
-  bool SetTestProperties(qint32 idTest, const QString& properties) override {
-    return Pass("TestStore.SetTestProperties", &TestStore::SetTestProperties, idTest, properties);
-  }
-  std::optional<QString> GetTestModule(qint32 idTest) override {
-    return Pass("TestStore.GetTestModule", &TestStore::GetTestModule, idTest);
-  }
-  bool RenameTest(qint32 idTest, const QString& name) override {
-    return Pass("TestStore.RenameTest", &TestStore::RenameTest, idTest, name);
-  }
+  std::optional<QString> GetTestModule(qint32 id) override { return Pass(__func__, &S::GetTestModule, id); }
+  bool RenameTest(qint32 id, const QString& name) override { return Pass(__func__, &S::RenameTest, id, name); }
 };
 
 class FaultyAlertStore final : public AlertStore, private Through<AlertStore> {
  public:
-  using Through<AlertStore>::Through;
+  FaultyAlertStore(AlertStore& store, Faults& faults) : Through(store, faults, "AlertStore.") {}
   qint32 AddServerAlert(qint32 idServer, qint32 idAlertType, const QString& properties) override {
-    return Pass("AlertStore.AddServerAlert", &AlertStore::AddServerAlert, idServer, idAlertType, properties);
+    return Pass(__func__, &S::AddServerAlert, idServer, idAlertType, properties);
   }
   qint32 AddGroupAlert(qint32 idGroup, qint32 idAlertType, const QString& properties) override {
-    return Pass("AlertStore.AddGroupAlert", &AlertStore::AddGroupAlert, idGroup, idAlertType, properties);
+    return Pass(__func__, &S::AddGroupAlert, idGroup, idAlertType, properties);
   }
-  bool RemoveAlert(qint32 idAlert) override {
-    return Pass("AlertStore.RemoveAlert", &AlertStore::RemoveAlert, idAlert);
-  }
-  std::optional<QString> GetAlertProperties(qint32 idAlert) override {
-    return Pass("AlertStore.GetAlertProperties", &AlertStore::GetAlertProperties, idAlert);
-  }
-  bool SetAlertProperties(qint32 idAlert, const QString& properties) override {
-    return Pass("AlertStore.SetAlertProperties", &AlertStore::SetAlertProperties, idAlert, properties);
+  bool RemoveAlert(qint32 id) override { return Pass(__func__, &S::RemoveAlert, id); }
+  std::optional<QString> GetAlertProperties(qint32 id) override { return Pass(__func__, &S::GetAlertProperties, id); }
+  bool SetAlertProperties(qint32 id, const QString& properties) override {
+    return Pass(__func__, &S::SetAlertProperties, id, properties);
   }
   bool MoveAlert(qint32 idAlert, qint32 idGroup, qint32 idServer) override {
-    return Pass("AlertStore.MoveAlert", &AlertStore::MoveAlert, idAlert, idGroup, idServer);
+    return Pass(__func__, &S::MoveAlert, idAlert, idGroup, idServer);
   }
-  std::optional<QString> GetAlertModule(qint32 idAlert) override {
-    return Pass("AlertStore.GetAlertModule", &AlertStore::GetAlertModule, idAlert);
-  }
-  RecordSet GetAlertsByServer(qint32 idServer) override {
-    return Rows("AlertStore.GetAlertsByServer", &AlertStore::GetAlertsByServer, idServer);
-  }
-  RecordSet GetAlertsByGroup(qint32 idGroup) override {
-    return Rows("AlertStore.GetAlertsByGroup", &AlertStore::GetAlertsByGroup, idGroup);
-  }
-  bool RenameAlert(qint32 idAlert, const QString& name) override {
-    return Pass("AlertStore.RenameAlert", &AlertStore::RenameAlert, idAlert, name);
-  }
+  std::optional<QString> GetAlertModule(qint32 id) override { return Pass(__func__, &S::GetAlertModule, id); }
+  RecordSet GetAlertsByServer(qint32 id) override { return Rows(__func__, &S::GetAlertsByServer, id); }
+  RecordSet GetAlertsByGroup(qint32 id) override { return Rows(__func__, &S::GetAlertsByGroup, id); }
+  bool RenameAlert(qint32 id, const QString& name) override { return Pass(__func__, &S::RenameAlert, id, name); }
 };
 
 class FaultyLogStore final : public LogStore, private Through<LogStore> {
  public:
-  using Through<LogStore>::Through;
+  FaultyLogStore(LogStore& store, Faults& faults) : Through(store, faults, "LogStore.") {}
   bool AddLog(qint16 severity, const QString& description) override {
-    return Pass("LogStore.AddLog", &LogStore::AddLog, severity, description);
+    return Pass(__func__, &S::AddLog, severity, description);
   }
-  bool ClearLogs() override { return Pass("LogStore.ClearLogs", &LogStore::ClearLogs); }
-  bool SaveLog(const QString& fileName) override { return Pass("LogStore.SaveLog", &LogStore::SaveLog, fileName); }
-  RecordSet GetLogs() override { return Rows("LogStore.GetLogs", &LogStore::GetLogs); }
+  bool ClearLogs() override { return Pass(__func__, &S::ClearLogs); }
+  bool SaveLog(const QString& fileName) override { return Pass(__func__, &S::SaveLog, fileName); }
+  RecordSet GetLogs() override { return Rows(__func__, &S::GetLogs); }
 };
 
 class FaultyInstallConfig final : public InstallConfig, private Through<InstallConfig> {
  public:
-  using Through<InstallConfig>::Through;
-  QString GetInstallPath() override { return Pass("InstallConfig.GetInstallPath", &InstallConfig::GetInstallPath); }
+  FaultyInstallConfig(InstallConfig& store, Faults& faults) : Through(store, faults, "InstallConfig.") {}
+  QString GetInstallPath() override { return Pass(__func__, &S::GetInstallPath); }
 };
 
 class FaultyTree final : public TreeReader {
@@ -218,15 +175,12 @@ class FaultyTree final : public TreeReader {
 
   TreeRows ReadTree() override {
     using Part = TreeRows::Part;
-    const struct {
-      Part part;
-      const char* name;
-      std::vector<TreeRow> TreeRows::*rows;
-    } parts[] = {{Part::Groups, "TreeReader.Groups", &TreeRows::groups},
-                 {Part::Servers, "TreeReader.Servers", &TreeRows::servers},
-                 {Part::Tests, "TreeReader.Tests", &TreeRows::tests},
-                 {Part::ServerAlerts, "TreeReader.ServerAlerts", &TreeRows::serverAlerts},
-                 {Part::GroupAlerts, "TreeReader.GroupAlerts", &TreeRows::groupAlerts}};
+    const std::tuple<Part, const char*, std::vector<TreeRow> TreeRows::*> parts[] = {
+        {Part::Groups, "TreeReader.Groups", &TreeRows::groups},
+        {Part::Servers, "TreeReader.Servers", &TreeRows::servers},
+        {Part::Tests, "TreeReader.Tests", &TreeRows::tests},
+        {Part::ServerAlerts, "TreeReader.ServerAlerts", &TreeRows::serverAlerts},
+        {Part::GroupAlerts, "TreeReader.GroupAlerts", &TreeRows::groupAlerts}};
     TreeRows tree = reader_.ReadTree();
     bool ended = false;
     for (const auto& [part, name, rows] : parts) {
@@ -252,31 +206,31 @@ class FaultyTree final : public TreeReader {
   Faults& faults_;
 };
 
-}  // namespace
+class FaultyChange final : public Change {
+ public:
+  FaultyChange(std::unique_ptr<Change> change, Faults& faults) : change_(std::move(change)), faults_(faults) {}
+  void Commit() override {
+    faults_.Call("Change.Commit");
+    change_->Commit();
+  }
 
-struct FaultyStores::Parts {
-  Parts(Stores& stores, Faults& faults)
-      : system(stores.System(), faults),
-        servers(stores.Servers(), faults),
-        groups(stores.Groups(), faults),
-        tests(stores.Tests(), faults),
-        alerts(stores.Alerts(), faults),
-        log(stores.Log(), faults),
-        install(stores.Install(), faults),
-        tree(stores.Tree(), faults) {}
-  FaultySystemConfig system;
-  FaultyServerStore servers;
-  FaultyGroupStore groups;
-  FaultyTestStore tests;
-  FaultyAlertStore alerts;
-  FaultyLogStore log;
-  FaultyInstallConfig install;
-  FaultyTree tree;
+ private:
+  std::unique_ptr<Change> change_;
+  Faults& faults_;
 };
 
-FaultyStores::FaultyStores(Stores& stores) : parts_(std::make_unique<Parts>(stores, faults_)) {}
+}  // namespace
 
-FaultyStores::~FaultyStores() = default;
+FaultyStores::FaultyStores(Stores& stores)
+    : stores_(stores),
+      system_(std::make_unique<FaultySystemConfig>(stores.System(), faults_)),
+      servers_(std::make_unique<FaultyServerStore>(stores.Servers(), faults_)),
+      groups_(std::make_unique<FaultyGroupStore>(stores.Groups(), faults_)),
+      tests_(std::make_unique<FaultyTestStore>(stores.Tests(), faults_)),
+      alerts_(std::make_unique<FaultyAlertStore>(stores.Alerts(), faults_)),
+      log_(std::make_unique<FaultyLogStore>(stores.Log(), faults_)),
+      install_(std::make_unique<FaultyInstallConfig>(stores.Install(), faults_)),
+      tree_(std::make_unique<FaultyTree>(stores.Tree(), faults_)) {}
 
 void FaultyStores::ThrowFrom(const QString& operation, int call, const QString& description) {
   faults_.faults_[operation] = {faults_.calls_.value(operation) + call, false, description};
@@ -286,53 +240,14 @@ void FaultyStores::RefuseFrom(const QString& operation, int call) {
   faults_.faults_[operation] = {faults_.calls_.value(operation) + call, true, {}};
 }
 
-void FaultyStores::ThrowAlways(const QString& description) {
-  faults_.always_ = description;
-}
-
 void FaultyStores::Heal() {
   faults_.faults_.clear();
   faults_.always_ = QString();
 }
 
-int FaultyStores::Calls(const QString& operation) const {
-  return faults_.calls_.value(operation);
-}
-
-int FaultyStores::Calls() const {
-  return std::accumulate(faults_.calls_.cbegin(), faults_.calls_.cend(), 0);
-}
-
-SystemConfig& FaultyStores::System() {
-  return parts_->system;
-}
-
-ServerStore& FaultyStores::Servers() {
-  return parts_->servers;
-}
-
-GroupStore& FaultyStores::Groups() {
-  return parts_->groups;
-}
-
-TestStore& FaultyStores::Tests() {
-  return parts_->tests;
-}
-
-AlertStore& FaultyStores::Alerts() {
-  return parts_->alerts;
-}
-
-LogStore& FaultyStores::Log() {
-  return parts_->log;
-}
-
-InstallConfig& FaultyStores::Install() {
-  return parts_->install;
-}
-
-TreeReader& FaultyStores::Tree() {
-  return parts_->tree;
+std::unique_ptr<Change> FaultyStores::BeginChange() {
+  faults_.Call("Stores.BeginChange");
+  return std::make_unique<FaultyChange>(stores_.BeginChange(), faults_);
 }
 
 }  // namespace quarl::store

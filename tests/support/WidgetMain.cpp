@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QStyleFactory>
 
+#include "support/RunTests.h"
+
 // The main() of test programs with widgets.
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
@@ -10,5 +12,5 @@ int main(int argc, char** argv) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QCoreApplication::setApplicationName(QStringLiteral("Quarl Console"));
   QApplication::setQuitOnLastWindowClosed(false);
-  return RUN_ALL_TESTS();
+  return quarl::test::RunTests();
 }

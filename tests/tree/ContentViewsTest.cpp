@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
-#include <QHeaderView>
-#include <QTest>
 
 #include "base/DateTimeText.h"
 #include "support/FaultyStores.h"
@@ -25,7 +23,7 @@ QStringList Lines(const ContentRows& rows, const NodeImages& images) {
     const quint16 image = rows.Image(row);
     QStringList cells{rows.Key(row), image == ContentRows::kNoImage ? QString() : images.Key(image)};
     for (std::size_t column = 0; column < ContentRows::kColumns; ++column) cells << rows.Text(row, column);
-    lines << cells.join(QStringLiteral(" | "));
+    lines << cells.join(Q(" | "));
   }
   return lines;
 }
@@ -71,94 +69,68 @@ struct FillCase {
   const char* name;
   View view;
   std::vector<Record> records;
-  QStringList lines;  // %1 is the date of the epoch's first second
-  bool whole = true;  // the fill reached the last record
+  std::vector<const char*> lines;  // %1 is the date of the epoch's first second
+  bool whole = true;               // the fill reached the last record
 };
-void PrintTo(const FillCase& c, std::ostream* out) {
-  *out << c.name;
-}
 
-class Fills : public ::testing::TestWithParam<FillCase> {};
-
-TEST_P(Fills, RowsAndWhereTheyEnd) {
-  const FillCase& c = GetParam();
-  NodeImages images(TestIcon);
-  ContentRows rows;
-  if (c.whole) {
-    Fill(c.view, rows, images, c.records);
-  } else {
-    EXPECT_THROW(Fill(c.view, rows, images, c.records), Error);
-  }
-  QStringList expected = c.lines;
-  expected.replaceInStrings(QStringLiteral("%1"), DateTimeText(1000));
-  EXPECT_EQ(Lines(rows, images), expected);
-}
-
-QStringList Texts(std::initializer_list<const char*> texts) {
+QStringList Texts(const std::vector<const char*>& texts) {
   QStringList list;
   for (const char* text : texts) list << QString::fromUtf8(text);
   return list;
 }
 
-const Record kServer{"1", "a", "10.0.0.1", "1", "g"};
-const Record kTest{"1", "t", "3", "1000", "failed", "no answer"};
-const Record kLog{"text", "3", "1000"};
-
-INSTANTIATE_TEST_SUITE_P(
-    Views, Fills,
-    ::testing::Values(
-        FillCase{"no servers", View::All, {}, {}},
-        FillCase{"group", View::Group, {kServer}, Texts({"_SERVER_1 | iTEST_STATE1 | a | 10.0.0.1 | "})},
-        FillCase{"Null state and group",
-                 View::All,
-                 {kServer, {"2", "", "", kNull, kNull}},
-                 Texts({"_SERVER_1 | iTEST_STATE1 | a | 10.0.0.1 | g", "_SERVER_2 | iTEST_STATE2 |  |  | "})},
-        FillCase{"Null server name",
-                 View::All,
-                 {kServer, {"2", kNull, "x", "3", "g"}, kServer},
-                 Texts({"_SERVER_1 | iTEST_STATE1 | a | 10.0.0.1 | g", "_SERVER_2 | iTEST_STATE3 |  |  | "}),
-                 false},
-        FillCase{"Null address",
-                 View::All,
-                 {{"2", "b", kNull, "3", "g"}, kServer},
-                 Texts({"_SERVER_2 | iTEST_STATE3 | b |  | "}),
-                 false},
-        FillCase{"state without image",
-                 View::Group,
-                 {kServer, {"2", "b", "x", "4", "g"}, kServer},
-                 Texts({"_SERVER_1 | iTEST_STATE1 | a | 10.0.0.1 | ", "_SERVER_2 |  |  |  | "}),
-                 false},
-        FillCase{"state 0", View::Group, {{"2", "b", "x", "0", "g"}}, Texts({"_SERVER_2 |  |  |  | "}), false},
-        FillCase{"state -1", View::Group, {{"2", "b", "x", "-1", "g"}}, Texts({"_SERVER_2 |  |  |  | "}), false},
-        FillCase{"test", View::Tests, {kTest}, Texts({"_TEST_1 | iTEST_STATE3 | t | %1 failed - no answer | "})},
-        FillCase{"test that never ran",
-                 View::Tests,
-                 {{"2", "t", "2", kNull, "not run yet", kNull}},
-                 Texts({"_TEST_2 | iTEST_STATE2 | t |  not run yet -  | "})},
-        FillCase{
-            "Null state word",
-            View::Tests,
-            {{"2", "t", "1", kNull, kNull, "r"}, kTest},
-            Texts({"_TEST_2 | iTEST_STATE1 | t |   - r | ", "_TEST_1 | iTEST_STATE3 | t | %1 failed - no answer | "})},
-        FillCase{"Null test state",
-                 View::Tests,
-                 {kTest, {"2", "t", kNull, kNull, "x", "r"}, kTest},
-                 Texts({"_TEST_1 | iTEST_STATE3 | t | %1 failed - no answer | ", "_TEST_2 |  |  |  | "}),
-                 false},
-        FillCase{"Null test name",
-                 View::Tests,
-                 {{"2", kNull, "1", kNull, "x", "r"}},
-                 Texts({"_TEST_2 | iTEST_STATE1 |  |  | "}),
-                 false},
-        FillCase{
-            "log", View::Log, {kLog, kLog}, Texts({" | iSEVERITY3 | text | %1 | ", " | iSEVERITY3 | text | %1 | "})},
-        FillCase{"Null description",
-                 View::Log,
-                 {kLog, {kNull, "1", "1000"}},
-                 Texts({" | iSEVERITY3 | text | %1 | ", " |  |  |  | "}),
-                 false},
-        FillCase{"Null severity", View::Log, {{"x", kNull, "1000"}, kLog}, Texts({" |  | x |  | "}), false},
-        FillCase{"Null date", View::Log, {{"x", "1", kNull}, kLog}, Texts({" | iSEVERITY1 | x |  | "}), false}));
+TEST(Fills, RowsAndWhereTheyEnd) {
+  const Record server{"1", "a", "10.0.0.1", "1", "g"};
+  const Record test{"1", "t", "3", "1000", "failed", "no answer"};
+  const Record log{"text", "3", "1000"};
+  const char* const serverLine = "_SERVER_1 | iTEST_STATE1 | a | 10.0.0.1 | ";
+  const char* const serverOfAll = "_SERVER_1 | iTEST_STATE1 | a | 10.0.0.1 | g";
+  const char* const testLine = "_TEST_1 | iTEST_STATE3 | t | %1 failed - no answer | ";
+  const char* const logLine = " | iSEVERITY3 | text | %1 | ";
+  const char *const noServer = "_SERVER_2 |  |  |  | ", *const noTest = "_TEST_2 |  |  |  | ";
+  const FillCase cases[] = {
+      {"no servers", View::All, {}, {}},
+      {"group", View::Group, {server}, {serverLine}},
+      {"Null state and group",
+       View::All,
+       {server, {"2", "", "", kNull, kNull}},
+       {serverOfAll, "_SERVER_2 | iTEST_STATE2 |  |  | "}},
+      {"Null server name",
+       View::All,
+       {server, {"2", kNull, "x", "3", "g"}, server},
+       {serverOfAll, "_SERVER_2 | iTEST_STATE3 |  |  | "},
+       false},
+      {"Null address", View::All, {{"2", "b", kNull, "3", "g"}, server}, {"_SERVER_2 | iTEST_STATE3 | b |  | "}, false},
+      {"no image", View::Group, {server, {"2", "b", "x", "4", "g"}, server}, {serverLine, noServer}, false},
+      {"state 0", View::Group, {{"2", "b", "x", "0", "g"}}, {noServer}, false},
+      {"state -1", View::Group, {{"2", "b", "x", "-1", "g"}}, {noServer}, false},
+      {"test", View::Tests, {test}, {testLine}},
+      {"never ran",
+       View::Tests,
+       {{"2", "t", "2", kNull, "not run yet", kNull}},
+       {"_TEST_2 | iTEST_STATE2 | t |  not run yet -  | "}},
+      {"Null state word",
+       View::Tests,
+       {{"2", "t", "1", kNull, kNull, "r"}, test},
+       {"_TEST_2 | iTEST_STATE1 | t |   - r | ", testLine}},
+      {"Null test state", View::Tests, {test, {"2", "t", kNull, kNull, "x", "r"}, test}, {testLine, noTest}, false},
+      {"Null test name", View::Tests, {{"2", kNull, "1", kNull, "x", "r"}}, {"_TEST_2 | iTEST_STATE1 |  |  | "}, false},
+      {"log", View::Log, {log, log}, {logLine, logLine}},
+      {"Null description", View::Log, {log, {kNull, "1", "1000"}}, {logLine, " |  |  |  | "}, false},
+      {"Null severity", View::Log, {{"x", kNull, "1000"}, log}, {" |  | x |  | "}, false},
+      {"Null date", View::Log, {{"x", "1", kNull}, log}, {" | iSEVERITY1 | x |  | "}, false}};
+  for (const FillCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    NodeImages images(TestIcon);
+    ContentRows rows;
+    if (c.whole) {
+      Fill(c.view, rows, images, c.records);
+    } else {
+      EXPECT_THROW(Fill(c.view, rows, images, c.records), Error);
+    }
+    EXPECT_EQ(Lines(rows, images), Texts(c.lines).replaceInStrings(Q("%1"), DateTimeText(1000)));
+  }
+}
 
 class ContentViewsTest : public ::testing::Test {
  protected:
@@ -186,6 +158,7 @@ TEST_F(ContentViewsTest, EachViewHasItsColumnsAndRows) {
   EXPECT_EQ(Shown(), Texts({"_SERVER_13 | iTEST_STATE2 | Alpha | 10.0.0.3 | ",
                             "_SERVER_11 | iTEST_STATE2 | alpha | 10.0.0.1 | Berlin",
                             "_SERVER_12 | iTEST_STATE2 | beta | 10.0.0.2 | "}));
+  EXPECT_EQ(model_.index(1, 0).data(Qt::AccessibleDescriptionRole), Q("_SERVER_11"));
   views_.ShowServerList(1);
   EXPECT_EQ(Columns(), Texts({"Server 150", "IPAddress 100"}));
   EXPECT_EQ(Shown(), Texts({"_SERVER_11 | iTEST_STATE2 | alpha | 10.0.0.1 | "}));
@@ -213,8 +186,7 @@ TEST_F(ContentViewsTest, WidthsComeBackWithEveryFill) {
 TEST_F(ContentViewsTest, FailedQueryLeavesColumnsAndNoOldRows) {
   views_.ShowServerList(0);
   for (const QString& operation :
-       {QStringLiteral("ServerStore.GetAllServers"), QStringLiteral("ServerStore.GetServersByGroup"),
-        QStringLiteral("TestStore.GetTestsByServer"), QStringLiteral("LogStore.GetLogs")}) {
+       Words("ServerStore.GetAllServers ServerStore.GetServersByGroup TestStore.GetTestsByServer LogStore.GetLogs")) {
     faulty_.ThrowFrom(operation);
   }
   EXPECT_THROW(views_.ShowServerList(0), Error);
@@ -230,17 +202,17 @@ TEST_F(ContentViewsTest, FailedQueryLeavesColumnsAndNoOldRows) {
 }
 
 TEST_F(ContentViewsTest, LogShowsOldestFirstAndEndsAtAMissingImage) {
-  ASSERT_TRUE(memory_().Log().AddLog(3, QStringLiteral("older")));
-  ASSERT_TRUE(memory_().Log().AddLog(1, QStringLiteral("newer")));
+  ASSERT_TRUE(memory_().Log().AddLog(3, Q("older")));
+  ASSERT_TRUE(memory_().Log().AddLog(1, Q("newer")));
   views_.ShowLogList();
   ASSERT_EQ(model_.rowCount(), 2);
-  EXPECT_EQ(model_.index(0, 0).data().toString(), QStringLiteral("older"));
-  EXPECT_EQ(model_.index(0, 1).data().toString().size(), QStringLiteral("yyyy-MM-dd HH:mm:ss").size());
+  EXPECT_EQ(model_.index(0, 0).data().toString(), Q("older"));
+  EXPECT_EQ(model_.index(0, 1).data().toString().size(), Q("yyyy-MM-dd HH:mm:ss").size());
 
   ContentListModel partial([](const QString& key) { return TestIcon(key == u"iSEVERITY1" ? QString() : key); });
   EXPECT_THROW(ContentViews(faulty_, partial).ShowLogList(), Error);
   ASSERT_EQ(partial.rowCount(), 2);
-  EXPECT_EQ(partial.index(1, 0).data().toString(), QStringLiteral("newer"));
+  EXPECT_EQ(partial.index(1, 0).data().toString(), Q("newer"));
   EXPECT_FALSE(partial.index(1, 0).data(Qt::DecorationRole).isValid());
   EXPECT_EQ(partial.index(1, 1).data().toString(), QString());
 }
@@ -249,33 +221,16 @@ TEST_F(ContentViewsTest, RowsHaveOneHeightWhateverTheirText) {
   view_.show();
   const auto heightOf = [this](const QString& text) {
     ContentRows rows;
-    rows.AddColumn(QStringLiteral("Description"), 320);
+    rows.AddColumn(Q("Description"), 320);
     rows.AddRow();
     rows.AppendText(0, text.toStdString());
     model_.Replace(std::move(rows));
     EXPECT_EQ(model_.index(0, 0).data().toString(), text) << "nothing is lost";
     return view_.visualRect(model_.index(0, 0)).height();
   };
-  const int height = heightOf(QStringLiteral("plain"));
-  EXPECT_EQ(heightOf(QStringLiteral("a\nb").repeated(200)), height);
+  const int height = heightOf(Q("plain"));
+  EXPECT_EQ(heightOf(Q("a\nb").repeated(200)), height);
   EXPECT_EQ(heightOf(QString(10000, u'x')), height);
-}
-
-TEST_F(ContentViewsTest, SelectsRowsAndTellsTheirKeys) {
-  views_.ShowServerList(0);
-  view_.resize(500, 300);
-  view_.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&view_));
-  EXPECT_FALSE(view_.HasSelectedRow());
-  const QRect cell = view_.visualRect(model_.index(1, 2));
-  QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
-  EXPECT_EQ(view_.SelectedKey(), QStringLiteral("_SERVER_11"));
-  EXPECT_EQ(model_.KeyOf(view_.HitTest(cell.center())), QStringLiteral("_SERVER_11"));
-  EXPECT_FALSE(view_.HitTest({cell.center().x(), 290}).isValid());
-  EXPECT_EQ(model_.index(1, 0).data(Qt::AccessibleDescriptionRole), QStringLiteral("_SERVER_11"));
-  views_.ShowLogList();
-  EXPECT_FALSE(view_.HasSelectedRow());
-  EXPECT_EQ(view_.SelectedKey(), QString());
 }
 
 }  // namespace

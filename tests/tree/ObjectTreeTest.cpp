@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QLineEdit>
 #include <QTest>
 
 #include "base/NodeKey.h"
@@ -12,7 +11,7 @@ namespace {
 
 // A root group with group 1 (servers 11 to 13, each with a tests folder of one test) and 60 servers of its own.
 TreeNodes SmallTree(NodeImages& images) {
-  const quint16 image = images.NumberOf(QStringLiteral("iSERVER"));
+  const quint16 image = images.NumberOf(Q("iSERVER"));
   TreeNodes nodes;
   const NodeId root = nodes.Insert(kTop, 0, {NodeKind::Group, 0}, "SERVERS", image);
   const NodeId group = nodes.Insert(root, 0, {NodeKind::Group, 1}, "group", image);
@@ -41,9 +40,7 @@ class ObjectTreeTest : public ::testing::Test {
   }
 
   QPoint PointOf(const QString& key) { return view_.visualRect(model_.IndexOf(key)).center(); }
-  void Click(const QString& key, Qt::MouseButton button = Qt::LeftButton) {
-    QTest::mouseClick(view_.viewport(), button, Qt::NoModifier, PointOf(key));
-  }
+  void Click(const QString& key) { QTest::mouseClick(view_.viewport(), Qt::LeftButton, {}, PointOf(key)); }
   bool IsOpen(const QString& key) { return view_.isExpanded(model_.IndexOf(key)); }
   // Takes the clicks so far, delivered late or not.
   QStringList Clicks() {
@@ -57,130 +54,103 @@ class ObjectTreeTest : public ::testing::Test {
 };
 
 TEST_F(ObjectTreeTest, IsNamedForTestsAndScreenReaders) {
-  EXPECT_EQ(view_.objectName(), QStringLiteral("KVCTree"));
-  EXPECT_EQ(view_.accessibleName(), QStringLiteral("KVCTree"));
-  EXPECT_EQ(model_.IndexOf(u"_GROUP_1").data(Qt::AccessibleDescriptionRole), QStringLiteral("_GROUP_1"));
+  EXPECT_EQ(view_.objectName(), Q("KVCTree"));
+  EXPECT_EQ(view_.accessibleName(), Q("KVCTree"));
+  EXPECT_EQ(model_.IndexOf(u"_GROUP_1").data(Qt::AccessibleDescriptionRole), Q("_GROUP_1"));
 }
 
 TEST_F(ObjectTreeTest, LeftClickRaisesOnceAndAgainOnTheSelectedNode) {
-  Click(QStringLiteral("_GROUP_1"));
-  EXPECT_EQ(Clicks(), QStringList{QStringLiteral("_GROUP_1")});
-  EXPECT_EQ(view_.SelectedKey(), QStringLiteral("_GROUP_1"));
-  Click(QStringLiteral("_GROUP_1"));
-  EXPECT_EQ(Clicks(), QStringList{QStringLiteral("_GROUP_1")});
-}
-
-TEST_F(ObjectTreeTest, OtherButtonsNeitherSelectNorRaise) {
-  view_.Select(QStringLiteral("_GROUP_0"));
-  Click(QStringLiteral("_GROUP_1"), Qt::RightButton);
-  Click(QStringLiteral("_GROUP_1"), Qt::MiddleButton);
-  EXPECT_EQ(Clicks(), QStringList());
-  EXPECT_EQ(view_.SelectedKey(), QStringLiteral("_GROUP_0"));
+  Click(Q("_GROUP_1"));
+  EXPECT_EQ(Clicks(), QStringList{Q("_GROUP_1")});
+  EXPECT_EQ(view_.SelectedKey(), Q("_GROUP_1"));
+  Click(Q("_GROUP_1"));
+  EXPECT_EQ(Clicks(), QStringList{Q("_GROUP_1")});
 }
 
 TEST_F(ObjectTreeTest, KeyboardRaisesForEachNodeItReaches) {
-  view_.Select(QStringLiteral("_GROUP_0"));
+  view_.Select(Q("_GROUP_0"));
   for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Up, Qt::Key_Up, Qt::Key_Up}) {
     QTest::keyClick(&view_, key);
   }
-  const QStringList expected{QStringLiteral("_GROUP_1"), QStringLiteral("_SERVER_11"), QStringLiteral("_GROUP_1"),
-                             QStringLiteral("_GROUP_0")};
+  const QStringList expected{Q("_GROUP_1"), Q("_SERVER_11"), Q("_GROUP_1"), Q("_GROUP_0")};
   EXPECT_EQ(Clicks(), expected);
   QTest::keyClick(&view_, Qt::Key_G);
-  EXPECT_EQ(Clicks(), QStringList{QStringLiteral("_GROUP_1")});
+  EXPECT_EQ(Clicks(), QStringList{Q("_GROUP_1")});
 }
 
 TEST_F(ObjectTreeTest, WhatTheProgramDoesRaisesNothing) {
-  view_.Select(QStringLiteral("_SERVER_101"));
+  view_.Select(Q("_SERVER_101"));
   model_.RemoveNode(u"_SERVER_101");
   view_.clearFocus();
   view_.setFocus();
-  view_.EnsureVisible(QStringLiteral("_TEST_12"));
+  view_.EnsureVisible(Q("_TEST_12"));
   model_.Replace(SmallTree(model_.Images()));
   EXPECT_EQ(Clicks(), QStringList());
   EXPECT_EQ(view_.SelectedKey(), QString());
-  EXPECT_THROW(view_.Select(QStringLiteral("_SERVER_7")), Error);
+  EXPECT_THROW(view_.Select(Q("_SERVER_7")), Error);
 }
 
 TEST_F(ObjectTreeTest, BranchMarkOpensWithoutRaising) {
   const QRect rect = view_.visualRect(model_.IndexOf(u"_GROUP_1"));
   QTest::mouseClick(view_.viewport(), Qt::LeftButton, Qt::NoModifier, {rect.left() - 10, rect.center().y()});
-  EXPECT_TRUE(IsOpen(QStringLiteral("_GROUP_1")));
+  EXPECT_TRUE(IsOpen(Q("_GROUP_1")));
   EXPECT_EQ(Clicks(), QStringList());
 }
 
 TEST_F(ObjectTreeTest, FoldersOpenWithTheirServer) {
-  EXPECT_TRUE(IsOpen(QStringLiteral("_GROUP_0")));
+  EXPECT_TRUE(IsOpen(Q("_GROUP_0")));
   EXPECT_TRUE(model_.IsExpanded(u"_STESTS_11"));
-  EXPECT_FALSE(IsOpen(QStringLiteral("_STESTS_11")));
-  view_.Expand(QStringLiteral("_GROUP_1"));
-  EXPECT_FALSE(IsOpen(QStringLiteral("_STESTS_11")));
-  view_.Expand(QStringLiteral("_SERVER_11"));
-  EXPECT_TRUE(IsOpen(QStringLiteral("_STESTS_11")));
-  EXPECT_FALSE(IsOpen(QStringLiteral("_STESTS_12")));
+  EXPECT_FALSE(IsOpen(Q("_STESTS_11")));
+  view_.Expand(Q("_GROUP_1"));
+  EXPECT_FALSE(IsOpen(Q("_STESTS_11")));
+  view_.Expand(Q("_SERVER_11"));
+  EXPECT_TRUE(IsOpen(Q("_STESTS_11")));
+  EXPECT_FALSE(IsOpen(Q("_STESTS_12")));
   EXPECT_TRUE(view_.visualRect(model_.IndexOf(u"_TEST_11")).isValid());
 }
 
 TEST_F(ObjectTreeTest, RemembersWhatTheUserClosed) {
-  view_.Expand(QStringLiteral("_GROUP_1"));
-  view_.Expand(QStringLiteral("_SERVER_11"));
+  view_.Expand(Q("_GROUP_1"));
+  view_.Expand(Q("_SERVER_11"));
   view_.collapse(model_.IndexOf(u"_STESTS_11"));
   EXPECT_FALSE(model_.IsExpanded(u"_STESTS_11"));
   view_.collapse(model_.IndexOf(u"_SERVER_11"));
-  view_.Expand(QStringLiteral("_SERVER_11"));
-  EXPECT_FALSE(IsOpen(QStringLiteral("_STESTS_11")));
+  view_.Expand(Q("_SERVER_11"));
+  EXPECT_FALSE(IsOpen(Q("_STESTS_11")));
 }
 
 TEST_F(ObjectTreeTest, EnsureVisibleOpensTheParents) {
-  view_.EnsureVisible(QStringLiteral("_SERVER_160"));
+  view_.EnsureVisible(Q("_SERVER_160"));
   EXPECT_TRUE(view_.viewport()->rect().contains(view_.visualRect(model_.IndexOf(u"_SERVER_160"))));
-  view_.EnsureVisible(QStringLiteral("_TEST_12"));
+  view_.EnsureVisible(Q("_TEST_12"));
   EXPECT_TRUE(view_.viewport()->rect().contains(view_.visualRect(model_.IndexOf(u"_TEST_12")).topLeft()));
-  EXPECT_TRUE(IsOpen(QStringLiteral("_SERVER_12")));
-  EXPECT_FALSE(IsOpen(QStringLiteral("_SERVER_11")));
-  EXPECT_EQ(view_.HitTest(PointOf(QStringLiteral("_TEST_12"))), QStringLiteral("_TEST_12"));
+  EXPECT_TRUE(IsOpen(Q("_SERVER_12")));
+  EXPECT_FALSE(IsOpen(Q("_SERVER_11")));
+  EXPECT_EQ(view_.HitTest(PointOf(Q("_TEST_12"))), Q("_TEST_12"));
   EXPECT_EQ(view_.HitTest({5, 5000}), QString());
   EXPECT_EQ(view_.HitTest({5, view_.viewport()->height() + 2}), QString());
 }
 
 TEST_F(ObjectTreeTest, MovedServerStaysOpen) {
-  view_.EnsureVisible(QStringLiteral("_TEST_12"));
-  view_.Select(QStringLiteral("_TEST_12"));
+  view_.EnsureVisible(Q("_TEST_12"));
+  view_.Select(Q("_TEST_12"));
   model_.MoveNode(u"_SERVER_12", u"_GROUP_0", ObjectTreeModel::Place::Last);
-  EXPECT_TRUE(IsOpen(QStringLiteral("_SERVER_12")));
-  EXPECT_TRUE(IsOpen(QStringLiteral("_STESTS_12")));
-  EXPECT_EQ(view_.SelectedKey(), QStringLiteral("_TEST_12"));
-  view_.EnsureVisible(QStringLiteral("_TEST_12"));
-  EXPECT_EQ(view_.HitTest(PointOf(QStringLiteral("_TEST_12"))), QStringLiteral("_TEST_12"));
+  EXPECT_TRUE(IsOpen(Q("_SERVER_12")));
+  EXPECT_TRUE(IsOpen(Q("_STESTS_12")));
+  EXPECT_EQ(view_.SelectedKey(), Q("_TEST_12"));
+  view_.EnsureVisible(Q("_TEST_12"));
+  EXPECT_EQ(view_.HitTest(PointOf(Q("_TEST_12"))), Q("_TEST_12"));
   EXPECT_EQ(Clicks(), QStringList());
 }
 
 TEST_F(ObjectTreeTest, FirstChildOfAnEmptyOpenRootIsShown) {
   TreeNodes nodes;
-  const quint16 image = model_.Images().NumberOf(QStringLiteral("iSERVER"));
+  const quint16 image = model_.Images().NumberOf(Q("iSERVER"));
   nodes.SetExpanded(nodes.Insert(kTop, 0, {NodeKind::Group, 0}, "SERVERS", image), true);
   model_.Replace(std::move(nodes));
-  EXPECT_TRUE(IsOpen(QStringLiteral("_GROUP_0")));
-  model_.AddNode(u"_GROUP_0", u"_GROUP_1", QStringLiteral("first"), QStringLiteral("iSERVER"));
+  EXPECT_TRUE(IsOpen(Q("_GROUP_0")));
+  model_.AddNode(u"_GROUP_0", u"_GROUP_1", Q("first"), Q("iSERVER"));
   EXPECT_TRUE(view_.visualRect(model_.IndexOf(u"_GROUP_1")).isValid());
-}
-
-TEST_F(ObjectTreeTest, EditsANodeInPlace) {
-  QString stored;
-  model_.SetEditHandler([&](const QString& key, const QString& text) {
-    stored = key + u'=' + text;
-    return true;
-  });
-  view_.EnsureVisible(QStringLiteral("_TEST_12"));
-  view_.Select(QStringLiteral("_TEST_12"));
-  view_.edit(model_.IndexOf(u"_TEST_12"));
-  auto* editor = view_.findChild<QLineEdit*>();
-  ASSERT_NE(editor, nullptr);
-  editor->setText(QStringLiteral("renamed"));
-  QTest::keyClick(editor, Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !stored.isEmpty(); }));
-  EXPECT_EQ(stored, QStringLiteral("_TEST_12=renamed"));
-  EXPECT_EQ(model_.TextOf(u"_TEST_12"), QStringLiteral("renamed"));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/sql/SqlStores.h"
+#include "support/Text.h"
 
 namespace quarl::tree {
 
@@ -11,20 +12,19 @@ class MemoryStore {
  public:
   MemoryStore() {
     store::Configuration configuration;
-    configuration.testTypes = {{1, QStringLiteral("Ping"), QStringLiteral("ping.dll")},
-                               {2, QStringLiteral("TCP port"), QStringLiteral("tcp.dll")},
-                               {9, QStringLiteral("Odd"), QStringLiteral("odd.dll")}};
-    configuration.alertTypes = {{1, QStringLiteral("E-mail"), QStringLiteral("mail.dll")}};
+    configuration.testTypes = {
+        {1, Q("Ping"), Q("ping.dll")}, {2, Q("TCP port"), Q("tcp.dll")}, {9, Q("Odd"), Q("odd.dll")}};
+    configuration.alertTypes = {{1, Q("E-mail"), Q("mail.dll")}};
     store::ServerConfiguration alpha = Server(11, "alpha", "10.0.0.1");
-    alpha.tests = {{1, 1, QStringLiteral("first"), {}}, {2, 2, QStringLiteral("second"), {}}};
-    alpha.alerts = {{1, 1, QStringLiteral("mail me"), {}}};
+    alpha.tests = {{1, 1, Q("first"), {}}, {2, 2, Q("second"), {}}};
+    alpha.alerts = {{1, 1, Q("mail me"), {}}};
     configuration.groups.resize(2);
     configuration.groups[0].id = 1;
-    configuration.groups[0].name = QStringLiteral("Berlin");
+    configuration.groups[0].name = Q("Berlin");
     configuration.groups[0].servers = {alpha};
     configuration.groups[1].id = 2;
-    configuration.groups[1].name = QStringLiteral("Aachen");
-    configuration.groups[1].alerts = {{2, 1, QStringLiteral("page"), {}}};
+    configuration.groups[1].name = Q("Aachen");
+    configuration.groups[1].alerts = {{2, 1, Q("page"), {}}};
     configuration.root.servers = {Server(12, "beta", "10.0.0.2"), Server(13, "Alpha", "10.0.0.3")};
     stores_.Configurations().Write(configuration, stores_.Configurations().Read().revision);
   }
@@ -40,7 +40,7 @@ class MemoryStore {
   }
 
   store::SqlStores stores_{
-      {.location = store::StoreLocation::InMemory(), .paths = InstallPaths(QStringLiteral("/none")), .inspector = {}}};
+      {.location = store::StoreLocation::InMemory(), .paths = InstallPaths(Q("/none")), .inspector = {}}};
 };
 
 }  // namespace quarl::tree

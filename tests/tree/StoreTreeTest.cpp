@@ -30,20 +30,20 @@ class StoreTree : public ::testing::Test {
 
 TEST_F(StoreTree, LoadsInTheStoresOrder) {
   Load();
-  EXPECT_EQ(Outline(model_), QStringLiteral("_GROUP_0 SERVERS iSERVERGROUP +\n"
-                                            "  _GROUP_2 Aachen iSERVERGROUP\n"
-                                            "    _ALERTS_2 ALERTS iALERT +\n"
-                                            "      _ALERT_2 page iALERT1\n"
-                                            "  _GROUP_1 Berlin iSERVERGROUP\n"
-                                            "    _SERVER_11 alpha iSERVER\n"
-                                            "      _STESTS_11 TESTS iTEST +\n"
-                                            "        _TEST_1 first iTEST1\n"
-                                            "        _TEST_2 second iTEST2\n"
-                                            "      _ALERTS_11 ALERTS iALERT +\n"
-                                            "        _ALERT_1 mail me iALERT1\n"
-                                            "  _SERVER_13 Alpha iSERVER\n"
-                                            "  _SERVER_12 beta iSERVER\n"
-                                            "_LOG LOGS iLOGS\n"));
+  EXPECT_EQ(Outline(model_), Q("_GROUP_0 SERVERS iSERVERGROUP +\n"
+                               "  _GROUP_2 Aachen iSERVERGROUP\n"
+                               "    _ALERTS_2 ALERTS iALERT +\n"
+                               "      _ALERT_2 page iALERT1\n"
+                               "  _GROUP_1 Berlin iSERVERGROUP\n"
+                               "    _SERVER_11 alpha iSERVER\n"
+                               "      _STESTS_11 TESTS iTEST +\n"
+                               "        _TEST_1 first iTEST1\n"
+                               "        _TEST_2 second iTEST2\n"
+                               "      _ALERTS_11 ALERTS iALERT +\n"
+                               "        _ALERT_1 mail me iALERT1\n"
+                               "  _SERVER_13 Alpha iSERVER\n"
+                               "  _SERVER_12 beta iSERVER\n"
+                               "_LOG LOGS iLOGS\n"));
   EXPECT_EQ(messages_, QStringList());
 }
 
@@ -57,45 +57,42 @@ TEST_F(StoreTree, LoadTakesFiveStatementsAndPreparesThemOnce) {
   EXPECT_EQ(after.transactions - before.transactions, 1U);
 }
 
-struct FaultCase {
-  const char* operation;
-  std::size_t nodes;  // of 14
-  bool hasLog;
-  const char* message;
-};
-
-class UnreadablePart : public StoreTree, public ::testing::WithParamInterface<FaultCase> {};
-
-TEST_P(UnreadablePart, LeavesWhatWasReadAndOneMessage) {
-  const FaultCase& c = GetParam();
-  faulty_.ThrowFrom(QString::fromUtf8(c.operation), 1, QStringLiteral("Gone."));
-  Load();
-  EXPECT_EQ(model_.Count(), c.nodes);
-  EXPECT_EQ(model_.Contains(u"_LOG"), c.hasLog);
-  EXPECT_EQ(model_.IsExpanded(u"_GROUP_0"), c.hasLog);
-  EXPECT_EQ(messages_, QStringList{QString::fromUtf8(c.message)});
-  faulty_.Heal();
-  Load();
-  EXPECT_EQ(model_.Count(), 14U);
+TEST_F(StoreTree, AnUnreadablePartLeavesWhatWasReadAndOneMessage) {
+  const struct {
+    const char* operation;
+    std::size_t nodes;  // of 14
+    bool hasLog;
+    const char* message;
+  } cases[] = {{"TreeReader.Groups", 1, false, "Gone."},
+               {"TreeReader.Servers", 4, true, "Gone.(Main:AddGroupTree)"},
+               {"TreeReader.Tests", 7, true, "Gone.(Main:AddGroupTree)"},
+               {"TreeReader.ServerAlerts", 10, true, "Gone.(Main:AddGroupTree)"},
+               {"TreeReader.GroupAlerts", 12, true, "Gone.(Main:AddGroupTree)"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.operation);
+    messages_.clear();
+    faulty_.ThrowFrom(Q(c.operation), 1, Q("Gone."));
+    Load();
+    EXPECT_EQ(model_.Count(), c.nodes);
+    EXPECT_EQ(model_.Contains(u"_LOG"), c.hasLog);
+    EXPECT_EQ(model_.IsExpanded(u"_GROUP_0"), c.hasLog);
+    EXPECT_EQ(messages_, QStringList{Q(c.message)});
+    faulty_.Heal();
+    Load();
+    EXPECT_EQ(model_.Count(), 14U);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Parts, UnreadablePart,
-                         ::testing::Values(FaultCase{"TreeReader.Groups", 1, false, "Gone."},
-                                           FaultCase{"TreeReader.Servers", 4, true, "Gone.(Main:AddGroupTree)"},
-                                           FaultCase{"TreeReader.Tests", 7, true, "Gone.(Main:AddGroupTree)"},
-                                           FaultCase{"TreeReader.ServerAlerts", 10, true, "Gone.(Main:AddGroupTree)"},
-                                           FaultCase{"TreeReader.GroupAlerts", 12, true, "Gone.(Main:AddGroupTree)"}));
 
 TEST_F(StoreTree, FirstTestOfAServerMakesItsFolder) {
   Load();
   AddTest(12, 2);
   AddTest(12, 1);
-  EXPECT_EQ(model_.ChildrenOf(u"_SERVER_12"), QStringList{QStringLiteral("_STESTS_12")});
+  EXPECT_EQ(model_.ChildrenOf(u"_SERVER_12"), QStringList{Q("_STESTS_12")});
   const QStringList tests = model_.ChildrenOf(u"_STESTS_12");
   ASSERT_EQ(tests.size(), 2);
-  EXPECT_EQ(model_.TextOf(tests[0]), QStringLiteral("TCP port"));
-  EXPECT_EQ(model_.ImageKeyOf(tests[0]), QStringLiteral("iTEST2"));
-  EXPECT_EQ(model_.TextOf(tests[1]), QStringLiteral("Ping"));
+  EXPECT_EQ(model_.TextOf(tests[0]), Q("TCP port"));
+  EXPECT_EQ(model_.ImageKeyOf(tests[0]), Q("iTEST2"));
+  EXPECT_EQ(model_.TextOf(tests[1]), Q("Ping"));
   EXPECT_TRUE(view_.isExpanded(model_.IndexOf(u"_STESTS_12")));
   EXPECT_TRUE(view_.isExpanded(model_.IndexOf(u"_SERVER_12")));
   AddTest(11, 1);
@@ -110,18 +107,18 @@ TEST_F(StoreTree, RefusedTestShowsTheFailure) {
   Load();
   AddTest(99, 1);
   AddTest(12, 7);
-  EXPECT_EQ(messages_, (QStringList{QStringLiteral("104"), QStringLiteral("104")}));
+  EXPECT_EQ(messages_, (Words("104 104")));
   EXPECT_EQ(model_.Count(), 14U);
 }
 
 TEST_F(StoreTree, ErrorWhileAddingATestIsShownAndLeavesWhatWasDone) {
   Load();
-  faulty_.ThrowFrom(QStringLiteral("TestStore.GetTestsByServer"), 1, QStringLiteral("Gone."));
+  faulty_.ThrowFrom(Q("TestStore.GetTestsByServer"), 1, Q("Gone."));
   AddTest(12, 1);
-  EXPECT_EQ(messages_, QStringList{QStringLiteral("Gone.")});
+  EXPECT_EQ(messages_, QStringList{Q("Gone.")});
   EXPECT_EQ(model_.Count(), 14U);
   faulty_.Heal();
-  faulty_.RefuseFrom(QStringLiteral("TestStore.GetTestsByServer"));  // no row of the new test
+  faulty_.RefuseFrom(Q("TestStore.GetTestsByServer"));  // no row of the new test
   AddTest(12, 1);
   faulty_.Heal();
   EXPECT_EQ(messages_.size(), 1);

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include "base/Error.h"
+#include "support/Text.h"
 #include "tree/ObjectTreeModel.h"
 
 namespace quarl::tree {
@@ -14,13 +15,12 @@ namespace quarl::tree {
 /// Icons for the fixed keys of tree and list, and for test and alert types 1 to 5.
 inline QIcon TestIcon(const QString& key) {
   static const QStringList known = [] {
-    QStringList keys{QStringLiteral("iSERVERGROUP"), QStringLiteral("iSERVER"), QStringLiteral("iTEST"),
-                     QStringLiteral("iALERT"), QStringLiteral("iLOGS")};
-    for (int i = 1; i <= 5; ++i) keys << QStringLiteral("iTEST%1").arg(i) << QStringLiteral("iALERT%1").arg(i);
-    for (int i = 1; i <= 3; ++i) keys << QStringLiteral("iTEST_STATE%1").arg(i) << QStringLiteral("iSEVERITY%1").arg(i);
+    QStringList keys{Q("iSERVERGROUP"), Q("iSERVER"), Q("iTEST"), Q("iALERT"), Q("iLOGS")};
+    for (int i = 1; i <= 5; ++i) keys << Q("iTEST%1").arg(i) << Q("iALERT%1").arg(i);
+    for (int i = 1; i <= 3; ++i) keys << Q("iTEST_STATE%1").arg(i) << Q("iSEVERITY%1").arg(i);
     return keys;
   }();
-  if (!known.contains(key)) throw Error(QStringLiteral("no image %1").arg(key));
+  if (!known.contains(key)) throw Error(Q("no image %1").arg(key));
   QPixmap pixmap(16, 16);
   pixmap.fill(Qt::darkCyan);
   return QIcon(pixmap);
@@ -33,7 +33,7 @@ inline QString Outline(const ObjectTreeModel& model, const QModelIndex& parent =
     const QModelIndex index = model.index(row, 0, parent);
     const QString key = model.KeyOf(index);
     outline += QString(level * 2, u' ') + key + u' ' + model.TextOf(key) + u' ' + model.ImageKeyOf(key) +
-               (model.IsExpanded(key) ? QStringLiteral(" +\n") : QStringLiteral("\n"));
+               (model.IsExpanded(key) ? Q(" +\n") : Q("\n"));
     outline += Outline(model, index, level + 1);
   }
   return outline;

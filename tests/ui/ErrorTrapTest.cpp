@@ -4,16 +4,13 @@
 #include <stdexcept>
 
 #include "support/DialogDriver.h"
+#include "support/Text.h"
 #include "ui/ErrorTrap.h"
 
 namespace quarl::ui {
 namespace {
 
 using testing::DialogDriver;
-
-QString Q(const char* text) {
-  return QString::fromUtf8(text);
-}
 
 class ErrorTrapTest : public ::testing::Test {
  protected:
@@ -30,14 +27,14 @@ TEST_F(ErrorTrapTest, GivesWhatTheBodyGivesAndShowsNothing) {
 }
 
 TEST_F(ErrorTrapTest, ShowsDescriptionAndTagAndGivesTheDefaultValue) {
-  dialogs_.ExpectBox({Q("message"), Q("Quarl Console"), Q("The store is away.(Main:LoadImages)")}, Q("OKButton"));
+  dialogs_.ExpectBox({Q("message"), Q("Quarl Console"), Q("The store is away.(Main:LoadImages)")});
   int before = 0;
   EXPECT_FALSE(trap_("LoadImages", [&]() -> bool {
     before = 1;
     throw Error(Q("The store is away."));
   }));
   EXPECT_EQ(before, 1) << "what was done before the error stays done";
-  dialogs_.ExpectBox({Q("message"), Q("Quarl Console"), Q("No.")}, Q("OKButton"));
+  dialogs_.ExpectBox({Q("message"), Q("Quarl Console"), Q("No.")});
   trap_.Untagged([] { throw Error(Q("No.")); });
 }
 

@@ -6,16 +6,13 @@
 #include <cstdlib>
 
 #include "base/Error.h"
+#include "support/Text.h"
 #include "ui/BusyPointer.h"
 #include "ui/ImageList.h"
 #include "ui/PictureIcon.h"
 
 namespace quarl::ui {
 namespace {
-
-QString Q(const char* text) {
-  return QString::fromUtf8(text);
-}
 
 QPixmap Square(int side, QColor colour) {
   QPixmap picture(side, side);

@@ -4,9 +4,9 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QTest>
-#include <functional>
 
 #include "support/DialogDriver.h"
+#include "support/Text.h"
 #include "ui/BoxText.h"
 #include "ui/MessageBoxes.h"
 #include "ui/OneLine.h"
@@ -15,60 +15,30 @@ namespace quarl::ui {
 namespace {
 
 using testing::DialogDriver;
-using testing::ShownBox;
 
-QString Q(const char* text) {
-  return QString::fromUtf8(text);
-}
-
-struct BoxCase {
-  const char* name;
-  std::function<void(const MessageBoxes&)> show;
-  ShownBox shown;
-  const char* button;
-};
-
-class EveryKind : public ::testing::TestWithParam<BoxCase> {};
-
-TEST_P(EveryKind, ShowsItsTitleTextAndKind) {
+TEST(MessageBoxes, EachKindShowsItsTitleAndText) {
   QWidget owner;
+  const MessageBoxes boxes(&owner);
   DialogDriver dialogs;
-  dialogs.ExpectBox(GetParam().shown, Q(GetParam().button));
-  GetParam().show(MessageBoxes(&owner));
+  const auto expect = [&](const char* kind, const char* title, const char* text, const char* button = "OKButton") {
+    dialogs.Verify();
+    dialogs.ExpectBox({Q(kind), Q(title), Q(text)}, Q(button));
+  };
+  expect("message", "Quarl Console", "It broke.(Main:LoadImages)");
+  boxes.Plain(Q("It broke.(Main:LoadImages)"));
+  expect("critical", "Stop", "Remove server failed!");
+  boxes.Stop(Text::RemoveServerFailed);
+  expect("critical", "Quarl Console", "Add test failed!");
+  boxes.Stop(Text::AddTestFailed, MessageBoxes::Title::Application);
+  expect("information", "Info", "Ping test successfull!");
+  boxes.Info(Text::PingSucceeded);
+  expect("warning", "Warning", "Alert test failed:  <b>no</b> & \"such\" host");
+  boxes.Warning(Q("Alert test failed:  <b>no</b> & \"such\" host"));
+  expect("warning", "Warning", "Are you sure to remove definitely this server?", "YesButton");
+  EXPECT_TRUE(boxes.Confirm(Text::ConfirmRemoveServer));
+  expect("question", "Warning", "Are you sure to remove this plugin?", "NoButton");
+  EXPECT_FALSE(boxes.Confirm(Text::ConfirmRemovePlugin, MessageBoxes::Icon::Question));
 }
-
-const BoxCase kBoxCases[] = {
-    {"Plain",
-     [](const auto& boxes) { boxes.Plain(Q("It broke.(Main:LoadImages)")); },
-     {Q("message"), Q("Quarl Console"), Q("It broke.(Main:LoadImages)")},
-     "OKButton"},
-    {"StopTitled",
-     [](const auto& boxes) { boxes.Stop(Text::RemoveServerFailed); },
-     {Q("critical"), Q("Stop"), Q("Remove server failed!")},
-     "OKButton"},
-    {"StopUntitled",
-     [](const auto& boxes) { boxes.Stop(Text::AddTestFailed, MessageBoxes::Title::Application); },
-     {Q("critical"), Q("Quarl Console"), Q("Add test failed!")},
-     "OKButton"},
-    {"Info",
-     [](const auto& boxes) { boxes.Info(Text::PingSucceeded); },
-     {Q("information"), Q("Info"), Q("Ping test successfull!")},
-     "OKButton"},
-    {"WarningWithData",
-     [](const auto& boxes) { boxes.Warning(Q("Alert test failed:  <b>no</b> & \"such\" host")); },
-     {Q("warning"), Q("Warning"), Q("Alert test failed:  <b>no</b> & \"such\" host")},
-     "OKButton"},
-    {"ConfirmExclamation",
-     [](const auto& boxes) { EXPECT_TRUE(boxes.Confirm(Text::ConfirmRemoveServer)); },
-     {Q("warning"), Q("Warning"), Q("Are you sure to remove definitely this server?")},
-     "YesButton"},
-    {"ConfirmQuestion",
-     [](const auto& boxes) { EXPECT_FALSE(boxes.Confirm(Text::ConfirmRemovePlugin, MessageBoxes::Icon::Question)); },
-     {Q("question"), Q("Warning"), Q("Are you sure to remove this plugin?")},
-     "NoButton"},
-};
-INSTANTIATE_TEST_SUITE_P(MessageBoxes, EveryKind, ::testing::ValuesIn(kBoxCases),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 TEST(MessageBoxes, EscapeAndEnterAnswerAConfirmationWithNo) {
   for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
@@ -120,16 +90,13 @@ TEST(BoxText, KeepsShortTextsAndBothEndsOfLongOnes) {
 }
 
 TEST(OneLine, HasNoBreaksAndEndsInTime) {
-  const struct {
-    const char* text;
-    const char* line;
-  } cases[] = {{"", ""},
-               {"ping", "ping"},
-               {"two\nlines\t!", "two lines !"},
-               {"0123456789ab", "0123456789ab"},
-               {"0123456789abc", "0123456789ab\xE2\x80\xA6"},
-               {"0123456789a\xF0\x9F\x98\x80!", "0123456789a\xE2\x80\xA6"}};
-  for (const auto& each : cases) EXPECT_EQ(OneLine(Q(each.text), 12), Q(each.line)) << each.text;
+  const std::pair<const char*, const char*> cases[] = {{"", ""},
+                                                       {"ping", "ping"},
+                                                       {"two\nlines\t!", "two lines !"},
+                                                       {"0123456789ab", "0123456789ab"},
+                                                       {"0123456789abc", "0123456789ab\xE2\x80\xA6"},
+                                                       {"0123456789a\xF0\x9F\x98\x80!", "0123456789a\xE2\x80\xA6"}};
+  for (const auto& [text, line] : cases) EXPECT_EQ(OneLine(Q(text), 12), Q(line)) << text;
 }
 
 TEST(BoxText, NeverCutsACharacterInTwo) {

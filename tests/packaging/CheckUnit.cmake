@@ -1,0 +1,26 @@
+# Lets systemd-analyze judge the unit of the service: it must be understood and its exposure be 3.0 or better. Starts
+# nothing.
+find_program(ANALYZE systemd-analyze)
+if(NOT ANALYZE)
+  message("SKIPPED: there is no systemd-analyze on this machine")
+  return()
+endif()
+execute_process(COMMAND ${ANALYZE} security --offline=true --threshold=30 --no-pager ${UNIT}
+                RESULT_VARIABLE result OUTPUT_VARIABLE report ERROR_VARIABLE complaints)
+if(complaints MATCHES "(unrecognized|unknown) option")
+  message("SKIPPED: this systemd-analyze has no offline analysis: ${complaints}")
+  return()
+endif()
+string(REGEX MATCH "Overall exposure level[^\n]*" level "${report}")
+message("${level}")
+if(NOT result EQUAL 0 OR NOT level)
+  message(FATAL_ERROR "systemd-analyze ended with ${result}\n${report}${complaints}")
+endif()
+# Lines that it cannot read are left out with a word on standard error.
+if(complaints)
+  message(FATAL_ERROR "${complaints}")
+endif()
+file(READ "${UNIT}" unit)
+if(unit MATCHES "@[A-Z_]+@")
+  message(FATAL_ERROR "${UNIT} was not filled in: ${CMAKE_MATCH_0}")
+endif()

@@ -1,7 +1,7 @@
-#include <QApplication>
-
 #include "FirstPaint.h"
 #include "apps/StoreComposition.h"
+#include "apps/console/CheckWhenShown.h"
+#include "plugins/contract/HostedCalls.h"
 #include "shell/Main.h"
 #include "ui/ColourScheme.h"
 #include "ui/PictureIcon.h"
@@ -11,13 +11,16 @@ int main(int argc, char** argv) {
   const quarl::InstallPaths paths(QStringLiteral(QUARL_LAYOUT_DIR));
   quarl::apps::StoreComposition stores(paths);
   stores.OpenAhead();
-  const QApplication app(argc, argv);
+  quarl::bench::FirstPaint app(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("Quarl Console"));
   QGuiApplication::setWindowIcon(quarl::ui::PictureIcon(QStringLiteral("quarl")));
   quarl::ui::FollowDesktopColourScheme();
-  quarl::shell::Main window(stores, paths);
-  const quarl::bench::FirstPaint first(window);
+  quarl::plugins::PlainWait wait;
+  quarl::plugins::HostedCalls modules(paths, wait);
+  quarl::shell::Main window(stores, paths, modules);
+  app.Await(window);
   window.Form_Load();
   window.show();
+  quarl::apps::CheckWhenShown(stores, window);
   return QApplication::exec();
 }

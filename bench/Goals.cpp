@@ -29,6 +29,9 @@ constexpr Goal kGoals[] = {
     {"first paint without data", "StartConsoleWithoutData", "StartEmptyWindow", 2.8, "empty windows"},
     {"first paint with 10,000 servers", "StartConsole/10000", "StartEmptyWindow", 5.5, "empty windows"},
     {"record sets of 10,000 servers", "RecordSets/10000", "RawTree/10000", 15, "raw scans"},
+    {"TCP check through a worker", "CheckByWorker", "ConnectByEpoll", 1.6, "bare connects"},
+    {"storing a result", "StoreResults:ns_a_result", "CheckByWorker", 0.25, "checks"},
+    {"external command", "CommandByWorker", "SpawnCommand", 1.15, "bare spawns"},
 };
 
 }  // namespace

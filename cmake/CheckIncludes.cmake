@@ -17,7 +17,8 @@ set(rules
     "netscan:netscan/api,tree,plugins,store,ui,base"
     "logs:tree,store,ui,base"
     "shell:logs,netscan,netscan/api,editors,tree,plugins,plugins/contract,store,ui,base"
-    "service:store,plugins/contract,base")
+    "service:store,base"
+    "service/workers:service,store,plugins/contract,base")
 
 set(rooms)
 foreach(rule IN LISTS rules)

@@ -1,6 +1,9 @@
-# The kit for plug-in modules: include(QuarlModule) at file scope, then quarl_add_module(). Works inside this source tree
-# and from any other project that has it on its CMAKE_MODULE_PATH.
+# The kit for plug-in modules: find_package(QuarlModule) of an installation, or include(QuarlModule) inside this source
+# tree and from any other project that has it on its CMAKE_MODULE_PATH; at file scope. Then quarl_add_module().
 enable_language(ASM)
+if(NOT QUARL_MODULE_INCLUDE_DIR)
+  set(QUARL_MODULE_INCLUDE_DIR "${CMAKE_CURRENT_LIST_DIR}/../modules/sdk")
+endif()
 if(NOT TARGET quarl-rescompile)
   add_subdirectory("${CMAKE_CURRENT_LIST_DIR}/../modules/sdk" "${CMAKE_BINARY_DIR}/quarl-module-sdk")
 endif()
@@ -63,7 +66,7 @@ function(quarl_add_module name)
     VERBATIM)
 
   add_library(${name} MODULE ${module_SOURCES} "${resources}")
-  target_include_directories(${name} PRIVATE "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../modules/sdk")
+  target_include_directories(${name} PRIVATE "${QUARL_MODULE_INCLUDE_DIR}")
   set_target_properties(
     ${name}
     PROPERTIES PREFIX ""

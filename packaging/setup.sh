@@ -14,8 +14,21 @@ need() {
     command -v sudo >/dev/null || { echo "Please install as root: apt-get install ${missing[*]}" >&2; return 1; }
     admin=(sudo)
   fi
-  "${admin[@]}" apt-get update -qq &&
-    "${admin[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+  "${admin[@]}" bash -s -- "${missing[@]}" <<'END'
+set -e
+# Some packages bring services, which the tests start themselves: none of them shall run on this machine by itself.
+policy=/usr/sbin/policy-rc.d
+if [ ! -e "$policy" ]; then
+  trap 'rm -f "$policy"' EXIT
+  printf '#!/bin/sh\nexit 101\n' >"$policy"
+  chmod 755 "$policy"
+fi
+apt-get update -qq
+DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@" >/dev/null </dev/null
+command -v systemctl >/dev/null || exit 0
+dpkg -L "$@" | sed -nE 's#^(/usr)?/lib/systemd/system/([^/@]*\.(service|socket))$#\2#p' |
+  while read -r unit; do systemctl --quiet disable "$unit" >/dev/null 2>&1 </dev/null || true; done
+END
 }
 
 # build PRESET [CMAKE ARGUMENT...]: configures where needed and builds.

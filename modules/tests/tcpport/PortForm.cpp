@@ -1,11 +1,14 @@
 #include "PortForm.h"
 
+#include "tests/common/Fields.h"
+
 namespace quarl::tcpport {
 namespace {
 
 using kit::Condition;
 using kit::FieldType;
 
+constexpr const char* kConnection = "Connection";
 constexpr const char* kConversation = "Conversation";
 constexpr const char* kEncryption = "Encryption";
 constexpr std::size_t kLongestText = 1000;
@@ -25,19 +28,12 @@ const kit::Form& PortForm() {
         .label = "Port",
         .type = FieldType::Integer,
         .standard = 80,
-        .group = "Connection",
+        .group = kConnection,
         .help = "The TCP port of the server, 1 to 65535.",
         .minimum = 1,
         .maximum = 65535},
-       {.key = "timeOut",
-        .label = "Time-out",
-        .type = FieldType::Integer,
-        .standard = 5000,
-        .group = "Connection",
-        .unit = "ms",
-        .help = "For the whole check: connecting, encryption and conversation.",
-        .minimum = 50,
-        .maximum = 60000},
+       checks::TimeOutField({.standard = 5000, .minimum = 50}, kConnection,
+                            "For the whole check: connecting, encryption and conversation."),
        {.key = "send",
         .label = "Send",
         .standard = "",

@@ -1,9 +1,6 @@
 #include "ModuleCall.h"
 
-#include <algorithm>
-#include <cstring>
 #include <exception>
-#include <limits>
 
 #include "AnswerRoom.h"
 #include "CallTexts.h"
@@ -40,26 +37,14 @@ HostReply CallWithTexts(const HelperLibrary& helper, const HostRequest& request)
 }
 
 HostReply CallCheck(const HelperLibrary& helper, const HostRequest& request) {
-  thread_local AnswerRoom text(plugins::kCheckTextSize);
-  thread_local AnswerRoom performance(plugins::kCheckTextSize);
-  for (AnswerRoom* room : {&text, &performance}) {
-    room->Clear();  // of what a call left that failed
-    room->Follow(request.id);
-  }
-  const plugins::CheckFacts facts = CheckFactsOf(request);
+  thread_local CheckRooms rooms;
+  rooms.Begin(request.id);
   std::string path = request.texts.front();
-  const auto limit = std::clamp<std::int64_t>(facts.limit.count(), 0, std::numeric_limits<uint32_t>::max());
-  const QuarlCheckRequest question{sizeof(QuarlCheckRequest), facts.serverName.c_str(), facts.serverAddress.c_str(),
-                                   facts.properties.c_str(), static_cast<uint32_t>(limit)};
-  QuarlCheckResult result{sizeof(QuarlCheckResult), text.Buffer(), performance.Buffer(), -1};
-  HostReply reply;
   const QuarlBuffer pathBuffer{path.data(), static_cast<uint32_t>(path.size() + 1)};
-  reply.result = helper.Call<decltype(&Check)>("Check", pathBuffer, &question, &result);
-  reply.texts.reserve(2);
-  reply.texts.push_back(text.Take());
-  reply.texts.push_back(performance.Take());
-  reply.numbers = {result.duration};
-  return reply;
+  const QuarlCheckRequest question = QuestionOf(request);
+  QuarlCheckResult result = rooms.Result();
+  const int16_t state = helper.Call<decltype(&Check)>("Check", pathBuffer, &question, &result);
+  return rooms.Reply(request.id, state, result);
 }
 
 HostReply CallAlertEvent(const HelperLibrary& helper, const HostRequest& request) {

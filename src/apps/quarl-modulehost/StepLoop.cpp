@@ -9,8 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstring>
-#include <limits>
 #include <system_error>
 #include <thread>
 #include <tuple>
@@ -57,11 +55,7 @@ short CameOf(std::uint32_t events) {
 
 }  // namespace
 
-StepLoop::StepLoop(HostChannel& channel)
-    : channel_(channel),
-      poll_(epoll_create1(EPOLL_CLOEXEC)),
-      text_(plugins::kCheckTextSize),
-      performance_(plugins::kCheckTextSize) {
+StepLoop::StepLoop(HostChannel& channel) : channel_(channel), poll_(epoll_create1(EPOLL_CLOEXEC)) {
   epoll_event event{};
   event.events = EPOLLIN;
   event.data.u64 = kChannel;
@@ -70,7 +64,10 @@ StepLoop::StepLoop(HostChannel& channel)
 }
 
 void StepLoop::Begin(const HelperLibrary& helper, const void* steps, HostRequest request) {
-  const auto step = helper.Find<decltype(&CheckStep)>("CheckStep");
+  if (helper_ == nullptr) {
+    step_ = helper.Find<decltype(&CheckStep)>("CheckStep");
+    helper_ = &helper;
+  }
   if (!watched_) {
     AllowManyDescriptors();
     std::thread([this] { Watch(); }).detach();
@@ -79,24 +76,18 @@ void StepLoop::Begin(const HelperLibrary& helper, const void* steps, HostRequest
   const std::uint64_t key = ++lastKey_;
   Check& check = checks_[key];
   check.request = std::move(request);
-  check.helper = &helper;
-  check.step = step;
   check.steps = steps;
   check.wait.size = sizeof(QuarlCheckWait);
-  const auto& texts = check.request.texts;
-  const auto limit = std::clamp<std::int64_t>(check.request.numbers[0], 0, std::numeric_limits<uint32_t>::max());
-  check.end = Clock::now() + milliseconds(limit);
-  check.question = {sizeof(QuarlCheckRequest), texts[1].c_str(), texts[2].c_str(), texts[3].c_str(),
-                    static_cast<uint32_t>(limit)};
+  check.question = QuestionOf(check.request);
+  check.end = Clock::now() + milliseconds(check.question.timeLimit);
   Step(key, 0);
 }
 
 int16_t StepLoop::Call(Check& check, QuarlCheckResult& result) {
-  text_.Follow(check.request.id);
-  performance_.Follow(check.request.id);
+  rooms_.Begin(check.request.id);
   request_ = check.request.id;
   ++stepping_;
-  const int16_t state = check.step(check.steps, &check.question, &check.wait, &result);
+  const int16_t state = step_(check.steps, &check.question, &check.wait, &result);
   ++stepping_;
   return state;
 }
@@ -106,16 +97,14 @@ void StepLoop::Step(std::uint64_t key, short came) {
   if (at == checks_.end()) return;
   Check& check = at->second;
   check.wait.events = came;
-  QuarlCheckResult result{sizeof(QuarlCheckResult), text_.Buffer(), performance_.Buffer(), -1};
+  QuarlCheckResult result = rooms_.Result();
   const int16_t state = Call(check, result);
-  const std::string failure = check.helper->Failure();
+  const std::string failure = helper_->Failure();
   if (failure.empty() && state != QUARL_WAITING) {
-    Answer(check, state, result.duration);
+    Say(rooms_.Reply(check.request.id, state, result));
     checks_.erase(at);
     return;
   }
-  // What was written too early is not to be found by another check.
-  for (AnswerRoom* room : {&text_, &performance_}) room->Clear();
   if (!failure.empty()) return End(key, Refusal(check.request.id, failure));
   Await(key, check);
 }
@@ -161,17 +150,6 @@ int StepLoop::Arm(std::uint64_t key, Check& check) const {
 void StepLoop::Disarm(Check& check) const {
   if (check.armed >= 0) epoll_ctl(poll_, EPOLL_CTL_DEL, check.armed, nullptr);
   check.armed = -1;
-}
-
-void StepLoop::Answer(const Check& check, int16_t result, std::int64_t duration) {
-  HostReply reply;
-  reply.id = check.request.id;
-  reply.result = result;
-  reply.texts.reserve(2);
-  reply.texts.push_back(text_.Take());
-  reply.texts.push_back(performance_.Take());
-  reply.numbers = {duration};
-  Say(reply);
 }
 
 void StepLoop::Say(const HostReply& reply) {

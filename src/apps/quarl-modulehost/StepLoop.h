@@ -36,8 +36,6 @@ class StepLoop {
   struct Check {
     plugins::HostRequest request;
     QuarlCheckRequest question{};
-    decltype(&CheckStep) step = nullptr;
-    const HelperLibrary* helper = nullptr;
     const void* steps = nullptr;
     QuarlCheckWait wait{};
     Clock::time_point end;  ///< its time limit
@@ -52,7 +50,6 @@ class StepLoop {
   int Arm(std::uint64_t key, Check& check) const;
   void Disarm(Check& check) const;
   void End(std::uint64_t key, const plugins::HostReply& reply);
-  void Answer(const Check& check, int16_t result, std::int64_t duration);
   void Say(const plugins::HostReply& reply);
   void StepDueOnes();
   int UntilNextMs() const;
@@ -60,11 +57,13 @@ class StepLoop {
 
   HostChannel& channel_;
   int poll_ = -1;
+  const HelperLibrary* helper_ = nullptr;  ///< the one of test modules
+  decltype(&CheckStep) step_ = nullptr;
   bool watched_ = false;
   std::uint64_t lastKey_ = 0;  ///< never used twice, so that a late event means nobody
   std::unordered_map<std::uint64_t, Check> checks_;
   std::set<std::pair<Clock::time_point, std::uint64_t>> due_;
-  AnswerRoom text_, performance_;
+  CheckRooms rooms_;
   std::string answers_;
   Clock::time_point answersSince_;           ///< when the first of them was made
   std::atomic<std::uint64_t> stepping_ = 0;  ///< counts beginnings and ends: odd during a step

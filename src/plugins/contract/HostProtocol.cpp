@@ -248,11 +248,6 @@ HostRequest EventRequest(std::uint32_t id, std::string modulePath, const EventFa
   return request;
 }
 
-CheckFacts CheckFactsOf(const HostRequest& request) {
-  return {request.texts.at(1), request.texts.at(2), request.texts.at(3),
-          std::chrono::milliseconds(request.numbers.at(0))};
-}
-
 EventFacts EventFactsOf(const HostRequest& request) {
   const auto& t = request.texts;
   const auto& n = request.numbers;

@@ -126,7 +126,6 @@ struct EventFacts {
 HostRequest CheckRequest(std::uint32_t id, std::string modulePath, CheckFacts facts);
 HostRequest EventRequest(std::uint32_t id, std::string modulePath, const EventFacts& facts);
 /// The facts out of a request that ReadRequest() gave for the operation.
-CheckFacts CheckFactsOf(const HostRequest& request);
 EventFacts EventFactsOf(const HostRequest& request);
 
 }  // namespace quarl::plugins

@@ -1,6 +1,13 @@
+#include <algorithm>
+
 #include "HelperCalls.h"
 
 namespace quarl::helpers {
+namespace {
+
+constexpr int16_t kMostChecksAtOnce = 1000;
+
+}  // namespace
 
 ModuleTable& Modules() {
   static ModuleTable table(QUARL_MODULE_TEST);
@@ -17,8 +24,11 @@ int16_t Check(QuarlBuffer modulePath, const QuarlCheckRequest* request, QuarlChe
 int16_t FindSteps(QuarlBuffer modulePath, const void** steps) {
   using namespace quarl::helpers;
   return Guarded([&] {
-    *steps = reinterpret_cast<const void*>(Modules().At(modulePath).Find<decltype(&QuarlCheckStep)>("QuarlCheckStep"));
-    return static_cast<int16_t>(*steps != nullptr ? 1 : 0);
+    auto& module = Modules().At(modulePath);
+    *steps = reinterpret_cast<const void*>(module.Find<decltype(&QuarlCheckStep)>("QuarlCheckStep"));
+    if (*steps == nullptr) return int16_t{0};
+    const auto atOnce = module.Find<decltype(&QuarlChecksAtOnce)>("QuarlChecksAtOnce");
+    return atOnce == nullptr ? kMostChecksAtOnce : std::clamp(atOnce(), int16_t{1}, kMostChecksAtOnce);
   });
 }
 

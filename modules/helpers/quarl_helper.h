@@ -37,7 +37,8 @@ QUARL_MODULE_EXPORT int16_t AlertEvent(QuarlBuffer modulePath, const QuarlEvent*
 
 /* TestHelper.dll. */
 QUARL_MODULE_EXPORT int16_t Check(QuarlBuffer modulePath, const QuarlCheckRequest* request, QuarlCheckResult* result);
-/* Checks in steps: 1 when the module makes them, 0 when it does not, and what to call CheckStep() with. */
+/* Checks in steps: how many of them at once when the module makes them, 0 when it does not, and what to call
+ * CheckStep() with. */
 QUARL_MODULE_EXPORT int16_t FindSteps(QuarlBuffer modulePath, const void** steps);
 QUARL_MODULE_EXPORT int16_t CheckStep(const void* steps, const QuarlCheckRequest* request, QuarlCheckWait* wait,
                                       QuarlCheckResult* result);

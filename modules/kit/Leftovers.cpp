@@ -5,12 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <charconv>
 #include <csignal>
-#include <sstream>
-#include <vector>
 
 #include "base/ProcessFiles.h"
-#include "kit/Deadline.h"
 
 namespace quarl::kit {
 namespace {
@@ -21,9 +19,16 @@ constexpr const char* kVariable = "QUARL_RUN";
 /// others end.
 std::vector<pid_t> Children() {
   std::vector<pid_t> children;
-  const std::string self = std::to_string(::getpid());
-  std::istringstream list(ReadProcessFile("/proc/" + self + "/task/" + self + "/children"));
-  for (pid_t child = 0; list >> child;) children.push_back(child);
+  static const std::string self = std::to_string(::getpid());
+  static const Descriptor& file = *new Descriptor(OpenProcessFile("/proc/" + self + "/task/" + self + "/children"));
+  const std::string list = ReadProcessFile(file);
+  const char* const end = list.data() + list.size();
+  for (const char* at = list.data(); at < end; ++at) {
+    pid_t child = 0;
+    const auto read = std::from_chars(at, end, child);
+    if (read.ec == std::errc()) children.push_back(child);
+    at = read.ptr;
+  }
   return children;
 }
 
@@ -34,12 +39,6 @@ std::string MarkOf(pid_t process) {
   return entry.empty() ? std::string() : entry.substr(label.size());
 }
 
-void WaitForEnd(pid_t child, std::chrono::milliseconds limit) {
-  const Descriptor exit = ProcessDescriptor(child);
-  pollfd wait{exit.Get(), POLLIN, 0};
-  if (exit) ::poll(&wait, 1, static_cast<int>(limit.count()));
-}
-
 }  // namespace
 
 Leftovers& Leftovers::Instance() {
@@ -47,17 +46,28 @@ Leftovers& Leftovers::Instance() {
   return instance;
 }
 
-std::pair<std::string, std::string> Leftovers::NewMark() {
-  const std::lock_guard lock(mutex_);
-  ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
-  std::string mark = std::to_string(::getpid()) + '-' + std::to_string(++count_);
-  active_.insert(mark);
-  return {kVariable, std::move(mark)};
+Leftovers::Mark::Mark() {
+  Leftovers& all = Instance();
+  const std::lock_guard lock(all.mutex_);
+  if (all.count_ == 0) ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+  value_ = std::to_string(::getpid()) + '-' + std::to_string(++all.count_);
+  all.active_.insert(value_);
+}
+
+std::pair<std::string, std::string> Leftovers::Mark::Variable() const {
+  return {kVariable, value_};
+}
+
+void Leftovers::Mark::Release() {
+  Leftovers& all = Instance();
+  const std::lock_guard lock(all.mutex_);
+  all.active_.erase(value_);
 }
 
 pid_t Leftovers::Start(const std::function<pid_t()>& start) {
   // A child must not end up among the leftovers before it is known.
   const std::lock_guard lock(mutex_);
+  ReapAbandoned();
   const pid_t child = start();
   if (child > 0) started_.insert(child);
   return child;
@@ -68,36 +78,50 @@ void Leftovers::Forget(pid_t child) {
   started_.erase(child);
 }
 
-bool Leftovers::EndSome(std::chrono::milliseconds left) {
-  const std::string own = std::to_string(::getpid()) + '-';
-  std::vector<pid_t> ended;
-  {
-    const std::lock_guard lock(mutex_);
-    for (const pid_t child : Children()) {
-      if (started_.contains(child)) continue;
-      if (::waitpid(child, nullptr, WNOHANG) != 0) {
-        ended.push_back(0);
-        continue;
-      }
-      const std::string mark = MarkOf(child);
-      if (!mark.starts_with(own) || active_.contains(mark)) continue;
-      ::kill(child, SIGKILL);
-      ended.push_back(child);
-    }
-  }
-  for (const pid_t child : ended) {
-    if (child > 0) WaitForEnd(child, left);
-  }
-  return !ended.empty();
+void Leftovers::Abandon(pid_t child) {
+  const std::lock_guard lock(mutex_);
+  abandoned_.insert(child);
+  ReapAbandoned();
 }
 
-void Leftovers::End(const std::string& mark, std::chrono::milliseconds limit) {
-  const Deadline deadline(limit);
-  {
-    const std::lock_guard lock(mutex_);
-    active_.erase(mark);
+void Leftovers::ReapAbandoned() {
+  std::erase_if(abandoned_, [this](pid_t child) {
+    const bool gone = ::waitpid(child, nullptr, WNOHANG) != 0;
+    if (gone) started_.erase(child);
+    return gone;
+  });
+}
+
+bool Leftovers::EndSome(std::vector<Descriptor>& ending) {
+  const std::string own = std::to_string(::getpid()) + '-';
+  const std::lock_guard lock(mutex_);
+  bool found = false;
+  for (const pid_t child : Children()) {
+    if (started_.contains(child)) continue;
+    if (::waitpid(child, nullptr, WNOHANG) != 0) {
+      found = true;
+      continue;
+    }
+    const std::string mark = MarkOf(child);
+    if (!mark.starts_with(own) || active_.contains(mark)) continue;
+    found = true;
+    ::kill(child, SIGKILL);
+    ending.push_back(ProcessDescriptor(child));
   }
-  while (EndSome(deadline.Left()) && !deadline.IsOver()) continue;
+  return found;
+}
+
+Task<void> Leftovers::End(std::chrono::milliseconds limit) {
+  const Deadline deadline(limit);
+  std::vector<Descriptor> ending;
+  // The end of one may bring its own children here.
+  while (EndSome(ending) && !deadline.IsOver()) {
+    for (const Descriptor& exit : ending) {
+      const Deadline moment(exit ? deadline.Left() : std::chrono::milliseconds(1));
+      co_await Ready(exit.Get(), POLLIN, moment);
+    }
+    ending.clear();
+  }
 }
 
 }  // namespace quarl::kit

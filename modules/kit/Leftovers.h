@@ -7,6 +7,11 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "base/Descriptor.h"
+#include "kit/Steps.h"
 
 namespace quarl::kit {
 
@@ -18,22 +23,41 @@ class Leftovers {
  public:
   static Leftovers& Instance();
 
-  /// Makes this process the parent of orphans. The variable that has to stand in the environment of a program that is
-  /// started now: name and value.
-  std::pair<std::string, std::string> NewMark();
+  /// One run of a program; what bears the mark is left alone while it exists. The first makes this process the parent
+  /// of orphans.
+  class Mark {
+   public:
+    Mark();
+    ~Mark() { Release(); }
+    Mark(const Mark&) = delete;
+    Mark& operator=(const Mark&) = delete;
+    /// What has to stand in the environment of the program: name and value.
+    std::pair<std::string, std::string> Variable() const;
+    /// The program has ended.
+    void Release();
+
+   private:
+    std::string value_;
+  };
+
   /// Runs what starts a child and gives its process id, and remembers that it is waited for elsewhere.
   pid_t Start(const std::function<pid_t()>& start);
   /// The child was waited for.
   void Forget(pid_t child);
-  /// Ends what is left of a program that has ended, and of all others that have. Comes back within the limit; what has
-  /// not ended by then, the next call finds.
-  void End(const std::string& mark, std::chrono::milliseconds limit);
+  /// The child was killed, and nobody waits for it any more.
+  void Abandon(pid_t child);
+  /// Ends what is left of all programs that have ended. Comes back within the limit; what has not ended by then, the
+  /// next call finds.
+  Task<void> End(std::chrono::milliseconds limit);
 
  private:
-  bool EndSome(std::chrono::milliseconds left);
+  /// Kills what is found. Whether there was something, and descriptors of what has not ended yet.
+  bool EndSome(std::vector<Descriptor>& ending);
+  void ReapAbandoned();
 
   std::mutex mutex_;
   std::set<pid_t> started_;
+  std::set<pid_t> abandoned_;
   std::set<std::string> active_;
   unsigned long count_ = 0;
 };

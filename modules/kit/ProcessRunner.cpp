@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/epoll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,9 +10,11 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <optional>
+#include <cstdlib>
+#include <mutex>
+#include <string_view>
 #include <system_error>
-#include <tuple>
+#include <utility>
 
 #include "base/ProcessFiles.h"
 #include "base/SpawnPlan.h"
@@ -20,10 +23,39 @@
 namespace quarl::kit {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+/// For the end of a program that was killed, and of what one has left behind.
+constexpr std::chrono::milliseconds kFarewell{100};
+/// For which nobody looks at what a program writes.
+constexpr std::chrono::milliseconds kQuick{50};
+/// Over which programs are spread that are to start at the same time, and how far from each other at most.
+constexpr std::chrono::milliseconds kSpread{40};
+constexpr std::chrono::microseconds kLongestGap{3000};
 
-/// For the end of what a program has left behind.
-constexpr std::chrono::milliseconds kFarewell{200};
+/// Spreads the starts of programs, which are short and heavy: of many at once each costs more, and everybody else
+/// waits. Any thread.
+class Pace {
+ public:
+  /// How long the next program has to wait.
+  std::chrono::milliseconds Next() {
+    const std::lock_guard lock(mutex_);
+    const Clock::time_point now = Clock::now();
+    if (now - since_ >= kSpread) {
+      before_ = now - since_ < 2 * kSpread ? count_ : 0;
+      count_ = 0;
+      since_ = now;
+    }
+    ++count_;
+    const Clock::time_point start = std::clamp(next_, now, now + kSpread);
+    next_ = start + std::min<Clock::duration>(kLongestGap, kSpread / std::max(before_, count_));
+    return std::chrono::floor<std::chrono::milliseconds>(start - now);
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  std::mutex mutex_;
+  Clock::time_point next_, since_;
+  int before_ = 0, count_ = 0;  ///< programs in the last stretch of time and in this one
+};
 
 std::system_error SystemError(const char* what) {
   return {errno, std::generic_category(), what};
@@ -49,13 +81,21 @@ struct Pipe {
 
 std::vector<std::string> EnvironmentOf(const ProcessRequest& request) {
   std::vector<std::string> result;
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string variable = *entry;
-    const std::string name = variable.substr(0, variable.find('='));
+  const auto handOn = [&](std::string_view name, std::string_view variable) {
     const auto replaces = [&](const auto& own) { return own.first == name; };
-    if (std::any_of(request.environment.begin(), request.environment.end(), replaces)) continue;
-    const auto& kept = request.handedOn;
-    if (!kept || std::find(kept->begin(), kept->end(), name) != kept->end()) result.push_back(variable);
+    if (std::any_of(request.environment.begin(), request.environment.end(), replaces)) return;
+    result.emplace_back(variable);
+  };
+  if (request.handedOn) {
+    for (const std::string& name : *request.handedOn) {
+      const char* const value = std::getenv(name.c_str());
+      if (value != nullptr) handOn(name, name + '=' + value);
+    }
+  } else {
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+      const std::string_view variable = *entry;
+      handOn(variable.substr(0, variable.find('=')), variable);
+    }
   }
   for (const auto& [name, value] : request.environment) result.push_back(name + '=' + value);
   return result;
@@ -91,35 +131,38 @@ std::string FaultOf(const ProcessRequest& request) {
   return nul ? "A NUL character cannot be handed to a program." : "";
 }
 
-/// A started child, known to the leftovers. Ends it with its group when it goes out of scope unreaped.
+/// A started child, known to the leftovers. Kills it with its group when it goes out of scope unreaped.
 class Child {
  public:
   explicit Child(pid_t pid) : pid_(pid), exit_(ProcessDescriptor(pid)) {
     if (exit_) return;
     const std::system_error error = SystemError("A program cannot be waited for");
-    Kill();
-    std::ignore = Reap();
+    Abandon();
     throw error;
   }
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
   ~Child() {
-    if (pid_ > 0) Kill();
-    if (pid_ > 0) std::ignore = Reap();
+    if (pid_ > 0) Abandon();
   }
   int ExitDescriptor() const { return exit_.Get(); }
   /// The group exists at least until the child is reaped.
   void Kill() const { ::kill(-pid_, SIGKILL); }
-  /// Waits; the wait status, or nothing when somebody else has taken it.
-  std::optional<int> Reap() {
-    int status = 0;
-    pid_t got = -1;
-    while ((got = ::waitpid(pid_, &status, 0)) < 0 && errno == EINTR) continue;
+  enum class Reaped { Yes, Elsewhere, NotYet };
+  /// Takes the wait status of a child that has ended.
+  Reaped Reap(int& status) {
+    const pid_t got = ::waitpid(pid_, &status, WNOHANG);
+    if (got == 0) return Reaped::NotYet;
     Leftovers::Instance().Forget(std::exchange(pid_, 0));
-    return got > 0 ? std::optional(status) : std::nullopt;
+    return got > 0 ? Reaped::Yes : Reaped::Elsewhere;
   }
 
  private:
+  void Abandon() {
+    Kill();
+    Leftovers::Instance().Abandon(std::exchange(pid_, 0));
+  }
+
   pid_t pid_;
   Descriptor exit_;
 };
@@ -133,7 +176,7 @@ class Stream {
   int Descriptor() const { return descriptor_; }
   /// Reads what is there. A child that never stops writing gets no more than one turn.
   void Read() {
-    std::array<char, 65536> part{};
+    std::array<char, 65536> part;
     const ssize_t count = descriptor_ < 0 ? 0 : ::read(descriptor_, part.data(), part.size());
     if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
     if (count <= 0) descriptor_ = -1;
@@ -150,76 +193,138 @@ class Stream {
   bool& cut_;
 };
 
-/// Reads both streams until the child has ended. What else ended it, or Exited.
-ProcessResult::End Follow(const Child& child, Stream& output, Stream& errors, Clock::time_point end,
-                          const bool& tooLong) {
-  for (;;) {
-    std::array<pollfd, 3> waits{
-        {{output.Descriptor(), POLLIN, 0}, {errors.Descriptor(), POLLIN, 0}, {child.ExitDescriptor(), POLLIN, 0}}};
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-    if (left <= 0) return ProcessResult::End::TimedOut;
-    if (tooLong) return ProcessResult::End::TooLong;
-    if (::poll(waits.data(), waits.size(), static_cast<int>(std::min<long long>(left, 60000))) < 0) continue;
-    if (waits[0].revents != 0) output.Read();
-    if (waits[1].revents != 0) errors.Read();
-    if (waits[2].revents != 0) return ProcessResult::End::Exited;
+/// What both streams of the child and its end are waited for with. A stream that has ended is waited for no more.
+class Events {
+ public:
+  Events(const Child& child, Stream& output, Stream& errors)
+      : exit_(child.ExitDescriptor()), streams_{&output, &errors}, poll_(::epoll_create1(EPOLL_CLOEXEC)) {
+    bool ready = bool(poll_) && Add(exit_);
+    for (const Stream* stream : streams_) ready = ready && Add(stream->Descriptor());
+    if (!ready) throw SystemError("A program cannot be waited for");
   }
+  int Descriptor() const { return poll_.Get(); }
+  /// Reads what has come; whether the child has ended.
+  bool Take() {
+    std::array<epoll_event, 3> came{};
+    const int count = ::epoll_wait(poll_.Get(), came.data(), static_cast<int>(came.size()), 0);
+    bool ended = false;
+    for (int i = 0; i < count; ++i) {
+      const int descriptor = came[static_cast<std::size_t>(i)].data.fd;
+      ended = ended || descriptor == exit_;
+      for (Stream* stream : streams_) {
+        if (stream->Descriptor() == descriptor) Read(*stream);
+      }
+    }
+    return ended;
+  }
+
+ private:
+  bool Add(int descriptor) const {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = descriptor;
+    return ::epoll_ctl(poll_.Get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+  }
+  void Read(Stream& stream) const {
+    const int descriptor = stream.Descriptor();
+    stream.Read();
+    if (stream.Descriptor() < 0) ::epoll_ctl(poll_.Get(), EPOLL_CTL_DEL, descriptor, nullptr);
+  }
+
+  int exit_;
+  std::array<Stream*, 2> streams_;
+  quarl::Descriptor poll_;
+};
+
+/// Waits until the child has ended, and reads both streams if that takes a while. What else ended it, or Exited.
+Task<ProcessResult::End> Follow(const Child& child, Stream& output, Stream& errors, const Deadline& end,
+                                const bool& tooLong) {
+  // Most programs are quick and write less than a pipe holds: one waking is enough for them.
+  const Deadline quick(std::min(end.Left(), kQuick));
+  if (co_await Ready(child.ExitDescriptor(), POLLIN, quick) != 0) co_return ProcessResult::End::Exited;
+  Events events(child, output, errors);
+  while (!events.Take()) {
+    if (tooLong) co_return ProcessResult::End::TooLong;
+    if (end.IsOver()) co_return ProcessResult::End::TimedOut;
+    co_await Ready(events.Descriptor(), POLLIN, end);
+  }
+  co_return ProcessResult::End::Exited;
 }
 
-ProcessResult Watch(Child& child, const Pipe& output, const Pipe& errors, const ProcessRequest& request) {
-  const Clock::time_point end = Clock::now() + request.limit;
+/// Takes the end of a child that has ended or was killed.
+Task<void> Reap(Child& child, const ProcessRequest& request, ProcessResult& result) {
+  if (result.end != ProcessResult::End::Exited) co_await Ready(child.ExitDescriptor(), POLLIN, Deadline(kFarewell));
+  int status = 0;
+  const Child::Reaped reaped = child.Reap(status);
+  result.remains = reaped == Child::Reaped::NotYet;
+  if (result.end != ProcessResult::End::Exited) co_return;
+  if (reaped != Child::Reaped::Yes) {
+    result = Failed("How " + request.program + " ended is not known.");
+    co_return;
+  }
+  result.end = WIFSIGNALED(status) ? ProcessResult::End::Killed : ProcessResult::End::Exited;
+  result.code = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+Task<ProcessResult> Watch(Child& child, const Pipe& output, const Pipe& errors, const ProcessRequest& request) {
+  const Deadline end(request.limit);
   ProcessResult result;
   Stream outputStream(output.reading.Get(), result.output, request.longestOutput, result.cut);
   Stream errorStream(errors.reading.Get(), result.errors, request.longestOutput, result.cut);
   const bool never = false;
-  result.end = Follow(child, outputStream, errorStream, end, request.endWhenLong ? result.cut : never);
-  if (result.end != ProcessResult::End::Exited) return result;
+  result.end = co_await Follow(child, outputStream, errorStream, end, request.endWhenLong ? result.cut : never);
   // What the pipe still holds, one pipe's capacity, was written before the end.
   outputStream.Read();
   errorStream.Read();
-  if (request.endLeftovers) child.Kill();
-  const std::optional<int> status = child.Reap();
-  if (!status) return Failed("How " + request.program + " ended is not known.");
-  result.end = WIFSIGNALED(*status) ? ProcessResult::End::Killed : ProcessResult::End::Exited;
-  result.code = WIFSIGNALED(*status) ? WTERMSIG(*status) : WEXITSTATUS(*status);
-  return result;
+  if (request.endLeftovers || result.end != ProcessResult::End::Exited) child.Kill();
+  co_await Reap(child, request, result);
+  co_return result;
 }
 
-ProcessResult Run(const ProcessRequest& request) {
-  if (std::string fault = FaultOf(request); !fault.empty()) return Failed(std::move(fault));
-  Pipe output, errors;
+pid_t Start(const ProcessRequest& request, const Pipe& output, const Pipe& errors, int& code) {
   std::vector<std::string> words{request.program};
   words.insert(words.end(), request.arguments.begin(), request.arguments.end());
   std::vector<std::string> environment = EnvironmentOf(request);
   const SpawnPlan plan({{output.writing.Get(), STDOUT_FILENO}, {errors.writing.Get(), STDERR_FILENO}});
-  int code = 0;
-  const pid_t pid = Leftovers::Instance().Start([&] {
+  return Leftovers::Instance().Start([&] {
     pid_t child = -1;
     code = plan.Start(std::move(words), std::move(environment), child);
     return code == 0 ? child : -1;
   });
-  if (code != 0) return Failed(FaultOfStart(request.program, code));
+}
+
+Task<ProcessResult> Run(const ProcessRequest& request) {
+  if (std::string fault = FaultOf(request); !fault.empty()) co_return Failed(std::move(fault));
+  static Pace& pace = *new Pace;  // never destroyed, as the leftovers
+  if (const auto wait = pace.Next(); wait.count() > 0) co_await Ready(-1, 0, Deadline(wait));
+  Pipe output, errors;
+  int code = 0;
+  const pid_t pid = Start(request, output, errors, code);
+  if (code != 0) co_return Failed(FaultOfStart(request.program, code));
   Child child(pid);
   output.writing.Close();
   errors.writing.Close();
-  return Watch(child, output, errors, request);
+  ProcessResult result = co_await Watch(child, output, errors, request);
+  co_return result;
 }
-
-/// Ends what a program has left behind once it has been waited for.
-struct Farewell {
-  const std::string& mark;
-  ~Farewell() { Leftovers::Instance().End(mark, kFarewell); }
-};
 
 }  // namespace
 
+Task<ProcessResult> RunProcessInSteps(ProcessRequest request) {
+  if (!request.endLeftovers) {
+    ProcessResult result = co_await Run(request);
+    co_return result;
+  }
+  Leftovers::Mark mark;
+  request.environment.push_back(mark.Variable());
+  ProcessResult result = co_await Run(request);
+  mark.Release();
+  co_await Leftovers::Instance().End(kFarewell);
+  co_return result;
+}
+
 ProcessResult RunProcess(const ProcessRequest& request) {
-  if (!request.endLeftovers) return Run(request);
-  auto mark = Leftovers::Instance().NewMark();
-  ProcessRequest marked = request;
-  marked.environment.push_back(mark);
-  const Farewell farewell{mark.second};
-  return Run(marked);
+  return Steps<ProcessResult>(RunProcessInSteps(request)).Finish();
 }
 
 std::string FirstLine(const std::string& text) {

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "kit/Steps.h"
+
 namespace quarl::kit {
 
 /// A program to run. It gets its arguments as they are, without any shell, an empty standard input, the default of
@@ -37,12 +39,15 @@ struct ProcessResult {
   std::string fault;  ///< one sentence for NotStarted
   std::string output;
   std::string errors;
-  bool cut = false;  ///< a stream was longer than what was kept
+  bool cut = false;      ///< a stream was longer than what was kept
+  bool remains = false;  ///< it was killed and still has not ended: it waits in the kernel, or another program holds it
 };
 
 /// Runs a program in a session of its own and waits until it ends or the limit is over. Of processes that it leaves
 /// behind only the output up to its own end counts. May be called by many threads at once.
 ProcessResult RunProcess(const ProcessRequest& request);
+/// The same in steps. A task that is given up kills the program and its process group.
+Task<ProcessResult> RunProcessInSteps(ProcessRequest request);
 
 /// The first line of a text that is not blank, without the blanks around it; "" when there is none.
 std::string FirstLine(const std::string& text);

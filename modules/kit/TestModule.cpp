@@ -123,6 +123,7 @@ class SteppedCheck {
 int16_t Step(const SteppedTestModule& module, const QuarlCheckRequest& request, QuarlCheckWait& wait,
              QuarlCheckResult& result) {
   std::unique_ptr<SteppedCheck> check(static_cast<SteppedCheck*>(std::exchange(wait.state, nullptr)));
+  if ((wait.events & QUARL_GIVE_UP) != 0) return QUARL_UNKNOWN;
   if (!check) {
     ReadyPointer ready = ReadyFor(module, request);
     if (!ready->trouble.empty()) return Give(Unusable(*ready), result);

@@ -48,6 +48,8 @@ class SteppedTestModule : public TestModule {
   virtual Task<CheckOutcome> Begin(const Server& server, const Properties& properties,
                                    std::chrono::milliseconds limit) const = 0;
   CheckOutcome Check(const Server& server, const Properties& properties, std::chrono::milliseconds limit) const final;
+  /// Checks that one process is to have on its way, 1 to 1000.
+  virtual int16_t AtOnce() const { return 1000; }
 };
 
 // The module's exported functions, each for one module object; they let no exception out. See quarl_module.h.
@@ -77,4 +79,7 @@ int16_t RunCheckStep(const SteppedTestModule& module, const QuarlCheckRequest* r
   QUARL_TEST_MODULE(Class)                                                                                   \
   int16_t QuarlCheckStep(const QuarlCheckRequest* request, QuarlCheckWait* wait, QuarlCheckResult* result) { \
     return quarl::kit::RunCheckStep(TheTestModule(), request, wait, result);                                 \
+  }                                                                                                          \
+  int16_t QuarlChecksAtOnce(void) {                                                                          \
+    return TheTestModule().AtOnce();                                                                         \
   }

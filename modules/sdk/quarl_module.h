@@ -91,12 +91,17 @@ typedef struct QuarlCheckResult {
 /* Result of a step after which the check goes on. */
 #define QUARL_WAITING 0
 
+/* What comes to a check in steps that is given up, because its time limit is over or it waits for what cannot be waited
+ * for: the module gives back all that it holds for the check. There is no further step, and the result is not read. */
+#define QUARL_GIVE_UP 0x4000
+
 /* What a check that is made in steps waits for. */
 typedef struct QuarlCheckWait {
   uint32_t size;      /* sizeof(QuarlCheckWait) of the caller */
   void* state;        /* the module's own for this check; NULL in the first step */
   int32_t descriptor; /* out: what to wait for; stays open until the next step */
-  int16_t events;     /* out: POLLIN, POLLOUT or both; in: what has come as poll() names it, 0 when the time is over */
+  int16_t events;     /* out: POLLIN, POLLOUT or both; in: what has come as poll() names it, 0 when the time is over,
+                       * QUARL_GIVE_UP */
   uint32_t time;      /* out: milliseconds after which the next step is due in any case */
 } QuarlCheckWait;
 
@@ -148,6 +153,10 @@ QUARL_MODULE_EXPORT int16_t QuarlCheck(const QuarlCheckRequest* request, QuarlCh
  * other; a step that takes five seconds ends the process. */
 QUARL_MODULE_EXPORT int16_t QuarlCheckStep(const QuarlCheckRequest* request, QuarlCheckWait* wait,
                                            QuarlCheckResult* result);
+
+/* Test modules that make checks in steps; may be left out. How many of them a process is to have on its way at once, 1
+ * to 1000; without it, 1000. */
+QUARL_MODULE_EXPORT int16_t QuarlChecksAtOnce(void);
 
 /* Alert modules: delivers one message. 0: delivered; anything else: not, and resultText says why in one sentence.
  * Shows nothing. resultText comes filled with spaces. serverName and serverAddress as in QuarlSetProperties. */

@@ -14,11 +14,18 @@ Descriptor ProcessDescriptor(pid_t process) {
 }
 
 std::string ReadProcessFile(const std::string& path) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  return ReadProcessFile(OpenProcessFile(path));
+}
+
+Descriptor OpenProcessFile(const std::string& path) {
+  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+std::string ReadProcessFile(const Descriptor& file) {
   std::string text;
   std::array<char, 16384> bytes;
   while (file) {
-    const ssize_t size = ::read(file.Get(), bytes.data(), bytes.size());
+    const ssize_t size = ::pread(file.Get(), bytes.data(), bytes.size(), static_cast<off_t>(text.size()));
     if (size < 0 && errno == EINTR) continue;
     if (size <= 0) break;
     text.append(bytes.data(), static_cast<std::size_t>(size));

@@ -16,6 +16,9 @@ Descriptor ProcessDescriptor(pid_t process);
 
 /// A file below /proc whole; "" when it cannot be read.
 std::string ReadProcessFile(const std::string& path);
+/// The same for one that is read again and again.
+Descriptor OpenProcessFile(const std::string& path);
+std::string ReadProcessFile(const Descriptor& file);
 
 /// The first wanted entry "NAME=VALUE" of a process's environment; "" when there is none, and for a process that has
 /// ended or is another user's.

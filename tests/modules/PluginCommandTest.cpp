@@ -97,7 +97,8 @@ TEST_F(PluginCommandTest, ReadsWhatAPluginWrites) {
 TEST_F(PluginCommandTest, HandsOverArgumentsAndACleanEnvironmentAndShowsNoSecret) {
   ::setenv("QUARL_TEST_SECRET_OF_THE_SERVICE", "1", 1);
   const auto answer = Script(
-      "echo \"$# <$1> <$2> $KEY $(echo \"$KEY $BOTH\" | tr nxy NXY) $LC_ALL $(env | grep -c QUARL_TEST) $(tr '\\0' ' ' "
+      "echo \"$# <$1> <$2> $KEY $(echo \"$KEY $BOTH\" | tr nxy NXY) $LC_CTYPE $(env | grep -c QUARL_TEST) $(tr '\\0' ' "
+      "' "
       "< /proc/$$/cmdline | grep -c "
       "s3cret)\"",
       {{"arguments", {"{name}", "*{{}}"}}, {"environment", {"KEY=s3cret={secret}", "BOTH={secret2}@{address}"}}},

@@ -1,7 +1,14 @@
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <QFile>
 #include <csignal>
+#include <fstream>
+#include <memory>
 #include <thread>
 
 #include "kit/ProcessRunner.h"
@@ -118,6 +125,117 @@ TEST(ProcessRunnerTest, ManyThreadsRunProgramsAtOnce) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(wrong, std::vector<int>(8, 0));
+}
+
+/// Drives tasks on this thread until all have ended.
+std::vector<ProcessResult> Drive(std::vector<std::unique_ptr<Steps<ProcessResult>>>& runs) {
+  std::vector<ProcessResult> results(runs.size());
+  std::vector<short> came(runs.size(), 0);
+  for (std::size_t left = runs.size(); left > 0;) {
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+      if (!runs[i]) continue;
+      const Wait& wait = runs[i]->Waiting();
+      pollfd wanted{wait.descriptor, wait.events, 0};
+      if (::poll(&wanted, 1, 0) == 0 && !wait.deadline.IsOver()) continue;
+      if (!runs[i]->Go(wanted.revents)) continue;
+      results[i] = runs[i]->Result();
+      runs[i].reset();
+      --left;
+    }
+  }
+  return results;
+}
+
+TEST(ProcessRunnerTest, ManyProgramsRunInStepsOfOneThread) {
+  const struct {
+    const char* script;
+    End end;
+    int code;
+    std::size_t output;
+  } cases[] = {{"echo quick; exit 3", End::Exited, 3, 6},
+               {"sleep 0.2; echo slow", End::Exited, 0, 5},
+               {"exec >&-; exec 2>&-; sleep 0.2; exit 4", End::Exited, 4, 0},
+               {"head -c 200000 /dev/zero", End::Exited, 0, 65536},
+               {"echo begun; sleep 0.1; kill -KILL $$", End::Killed, SIGKILL, 6},
+               {"trap '' TERM; echo begun; sleep 4000", End::TimedOut, 0, 6}};
+  constexpr std::size_t kEach = 8;
+  std::vector<std::unique_ptr<Steps<ProcessResult>>> runs;
+  for (std::size_t i = 0; i < std::size(cases) * kEach; ++i) {
+    ProcessRequest request = Shell(cases[i / kEach].script);
+    request.limit = std::chrono::milliseconds(i / kEach == 5 ? 500 : 20000);
+    runs.push_back(std::make_unique<Steps<ProcessResult>>(RunProcessInSteps(request)));
+    runs.back()->Go(0);
+  }
+  const std::vector<ProcessResult> results = Drive(runs);
+  for (std::size_t i = 0; i < results.size(); ++i) {
+    SCOPED_TRACE(cases[i / kEach].script);
+    EXPECT_EQ(results[i].end, cases[i / kEach].end) << results[i].fault;
+    EXPECT_EQ(results[i].code, cases[i / kEach].code);
+    EXPECT_EQ(results[i].output.size(), cases[i / kEach].output);
+  }
+}
+
+TEST(ProcessRunnerTest, ATaskThatIsGivenUpEndsItsProgram) {
+  const QByteArray mark = "4322." + QByteArray::number(::getpid());
+  {
+    Steps<ProcessResult> run(RunProcessInSteps(Shell("trap '' TERM; sleep " + mark.toStdString())));
+    for (int i = 0; i < 500 && CountProcesses(mark) < 2; ++i) {
+      ASSERT_FALSE(run.Go(0));
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_EQ(CountProcesses(mark), 2);
+  }
+  for (int i = 0; i < 500 && CountProcesses(mark) > 0; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_EQ(CountProcesses(mark), 0);
+}
+
+/// Another process that holds the end of a program back as a debugger can: the killed program stays, and nobody can
+/// wait for it until this object is gone.
+class Holder {
+ public:
+  explicit Holder(pid_t program) : pid_(::fork()) {
+    if (pid_ != 0) return;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::ptrace(PTRACE_SEIZE, program, nullptr, nullptr) != 0) ::_exit(1);
+    ::raise(SIGSTOP);
+    ::_exit(0);
+  }
+  ~Holder() {
+    ::kill(pid_, SIGKILL);
+    ::waitpid(pid_, nullptr, 0);
+  }
+  Holder(const Holder&) = delete;
+  Holder& operator=(const Holder&) = delete;
+  bool Holds() const {
+    int status = 0;
+    return ::waitpid(pid_, &status, WUNTRACED) == pid_ && WIFSTOPPED(status);
+  }
+
+ private:
+  pid_t pid_;
+};
+
+TEST(ProcessRunnerTest, AProgramThatCannotBeEndedIsToldOfAndTakenAwayLater) {
+  const std::string file = ::testing::TempDir() + "held-" + std::to_string(::getpid());
+  ProcessRequest request = Shell("echo $$ > $1; exec sleep 4000", {file});
+  request.limit = std::chrono::milliseconds(1000);
+  ProcessResult result;
+  std::thread other([&] { result = RunProcess(request); });
+  pid_t program = 0;
+  for (int i = 0; i < 500 && program == 0; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
+    std::ifstream(file) >> program;
+  }
+  ::unlink(file.c_str());
+  auto holder = std::make_unique<Holder>(program);
+  const bool held = holder->Holds();
+  other.join();
+  ASSERT_TRUE(held) << "no other process may be held here";
+  EXPECT_EQ(result.end, End::TimedOut);
+  EXPECT_TRUE(result.remains);
+  EXPECT_EQ(::kill(program, 0), 0);
+  holder.reset();
+  for (int i = 0; i < 100 && ::kill(program, 0) == 0; ++i) RunProcess({"/bin/true"});
+  EXPECT_NE(::kill(program, 0), 0) << "it is still there as a zombie";
 }
 
 TEST(ProcessRunnerTest, FindsTheFirstLine) {

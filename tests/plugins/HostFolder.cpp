@@ -34,8 +34,8 @@ void HostFolder::WriteModule(const char* name, const QByteArray& bytes) const {
   EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
 }
 
-QString HostFolder::MakePipe() const {
-  const QString path = folder_.filePath(QStringLiteral("pipe"));
+QString HostFolder::MakePipe() {
+  const QString path = folder_.filePath(QStringLiteral("pipe%1").arg(++pipes_));
   EXPECT_EQ(mkfifo(path.toLocal8Bit().constData(), 0600), 0);
   return path;
 }

@@ -21,10 +21,11 @@ class HostFolder {
   /// Puts a file in the place of a module.
   void WriteModule(const char* name, const QByteArray& bytes) const;
   /// A new named pipe.
-  QString MakePipe() const;
+  QString MakePipe();
 
  private:
   QTemporaryDir folder_;
+  int pipes_ = 0;
 };
 
 }  // namespace quarl::plugins

@@ -56,6 +56,12 @@ class HostWorkerTest : public testing::Test {
     return CheckRequest(id, Native("probe_steps.dll"),
                         {"web" + std::to_string(id), "10.0.0.1", properties, std::chrono::milliseconds(limitMs)});
   }
+  /// The module has closed its end of a named pipe.
+  static void ExpectGivenBack(const std::string& pipe) {
+    const int end = open(pipe.c_str(), O_WRONLY | O_NONBLOCK);
+    EXPECT_TRUE(end < 0 && errno == ENXIO);
+    if (end >= 0) close(end);
+  }
   void ExpectEnd(bool bySignal) {
     EXPECT_EQ(Receive().id, 0U);
     pollfd ended{worker_.EndWatch(), POLLIN, 0};
@@ -164,10 +170,12 @@ TEST_F(HostWorkerTest, WhatHasComeCountsEvenWhenTheTimeIsOverToo) {
 TEST_F(HostWorkerTest, ACheckThatDoesNotEndAtItsLimitIsGivenUpAlone) {
   const std::string pipe = folder_.MakePipe().toStdString();
   Send(CheckInSteps(1, "pipe " + pipe));
-  Send(CheckInSteps(2, "for ever", 200));
+  const std::string kept = folder_.MakePipe().toStdString();
+  Send(CheckInSteps(2, "keep " + kept, 200));
   HostReply reply = Receive();
   EXPECT_EQ(reply.id, 2U);
   EXPECT_EQ(reply.word, HostWord::TimedOut);
+  ExpectGivenBack(kept);
   close(open(pipe.c_str(), O_WRONLY));
   reply = Receive();
   EXPECT_EQ(reply.id, 1U);
@@ -175,10 +183,12 @@ TEST_F(HostWorkerTest, ACheckThatDoesNotEndAtItsLimitIsGivenUpAlone) {
 }
 
 TEST_F(HostWorkerTest, AStepThatGoesWrongIsToldOf) {
-  Send(CheckInSteps(1, "deaf"));
+  const std::string kept = folder_.MakePipe().toStdString();
+  Send(CheckInSteps(1, "deaf " + kept));
   HostReply reply = Receive();
   EXPECT_EQ(reply.word, HostWord::Failed);
   EXPECT_EQ(reply.texts.at(0).rfind("The module waits for what cannot be waited for: ", 0), 0U) << reply.texts.at(0);
+  ExpectGivenBack(kept);
   Send(CheckInSteps(2, "no end"));
   EXPECT_EQ(Receive().texts.at(0), std::string(kCheckTextSize - 1, 'x'));
   Send(CheckInSteps(3, "fail"));

@@ -42,7 +42,7 @@ std::vector<std::pair<std::string, std::string>> EnvironmentOf(const kit::Proper
   known.emplace_back("secret", properties.Text("secret"));
   known.emplace_back("secret2", properties.Text("secret2"));
   std::vector<std::pair<std::string, std::string>> environment = {
-      {"PATH", "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"}, {"LC_ALL", "C.UTF-8"}};
+      {"PATH", "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"}, {"LC_CTYPE", "C.UTF-8"}};
   for (const std::string& entry : properties.List("environment")) {
     const std::size_t equals = entry.find('=');
     const std::string name = entry.substr(0, equals);
@@ -112,7 +112,8 @@ std::string SignalName(int signal) {
 
 std::string FaultOf(const kit::ProcessResult& result, std::chrono::milliseconds limit) {
   const std::string said = kit::OneLine(ReadPluginOutput(result.output).text, 200);
-  const std::string behind = said.empty() ? "." : "; it had written: " + said;
+  const std::string behind = (result.remains ? "; it still has not ended" : "") +
+                             (said.empty() ? std::string(".") : "; it had written: " + said);
   switch (result.end) {
     case kit::ProcessResult::End::TimedOut:
       return "The program did not end within " + std::to_string(limit.count()) + " ms and was ended" + behind;
@@ -127,17 +128,17 @@ std::string FaultOf(const kit::ProcessResult& result, std::chrono::milliseconds 
 
 }  // namespace
 
-kit::CheckOutcome PluginModule::Check(const kit::Server& server, const kit::Properties& properties,
-                                      std::chrono::milliseconds limit) const {
+kit::Task<kit::CheckOutcome> PluginModule::Begin(const kit::Server& server, const kit::Properties& properties,
+                                                 std::chrono::milliseconds limit) const {
   kit::ProcessRequest request = RequestOf(properties, server);
   request.limit = TimeWithin(limit, properties.Integer("timeOut"));
   const std::vector<std::string> secrets{properties.Text("secret"), properties.Text("secret2")};
-  kit::ProcessResult result = kit::RunProcess(request);
+  kit::ProcessResult result = co_await kit::RunProcessInSteps(request);
   for (std::string* text : {&result.output, &result.errors}) *text = kit::WithoutSecrets(std::move(*text), secrets);
-  if (result.end == kit::ProcessResult::End::Exited) return OutcomeOf(result, properties.Flag(kWarningFails));
+  if (result.end == kit::ProcessResult::End::Exited) co_return OutcomeOf(result, properties.Flag(kWarningFails));
   kit::CheckOutcome outcome;
   outcome.text = FaultOf(result, request.limit);
-  return outcome;
+  co_return outcome;
 }
 
 std::string PluginModule::Judge(const kit::Properties& properties, std::string& key) const {

@@ -1,3 +1,3 @@
 #include "tests/monitoringplugin/PluginModule.h"
 
-QUARL_TEST_MODULE(quarl::checks::PluginModule)
+QUARL_STEPPED_TEST_MODULE(quarl::checks::PluginModule)

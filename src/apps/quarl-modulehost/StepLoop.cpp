@@ -25,7 +25,8 @@ using std::chrono::milliseconds;
 
 constexpr std::uint64_t kChannel = 0;  // key of the channel among those of checks
 constexpr std::size_t kMostAnswers = 65536;
-constexpr milliseconds kAnswersWait{20};
+constexpr milliseconds kAnswersWait{40};  // each message wakes the service
+constexpr milliseconds kGrace{250};       // the module's own time-out comes first
 constexpr int kStuckSeconds = 5;
 constexpr int kStuck = 71;
 constexpr rlim_t kMostDescriptors = 65536;
@@ -79,7 +80,7 @@ void StepLoop::Begin(const HelperLibrary& helper, const void* steps, HostRequest
   check.steps = steps;
   check.wait.size = sizeof(QuarlCheckWait);
   check.question = QuestionOf(check.request);
-  check.end = Clock::now() + milliseconds(check.question.timeLimit);
+  check.end = Clock::now() + milliseconds(check.question.timeLimit) + kGrace;
   Step(key, 0);
 }
 
@@ -114,20 +115,25 @@ void StepLoop::End(std::uint64_t key, const HostReply& reply) {
   checks_.erase(key);
 }
 
+void StepLoop::GiveUp(std::uint64_t key, Check& check, const HostReply& reply) {
+  check.wait.events = QUARL_GIVE_UP;
+  QuarlCheckResult unread = rooms_.Result();
+  Call(check, unread);
+  End(key, reply);
+}
+
 void StepLoop::Await(std::uint64_t key, Check& check) {
   const Clock::time_point now = Clock::now();
   if (now >= check.end) {
     HostReply late;
     late.id = check.request.id;
     late.word = plugins::HostWord::TimedOut;
-    Disarm(check);
-    return End(key, late);
+    return GiveUp(key, check, late);
   }
   if (const int error = Arm(key, check); error != 0) {
-    // A step with this event lets the module give back what it holds.
-    if (!std::exchange(check.refused, true)) return Step(key, POLLNVAL);
-    return End(key, Refusal(check.request.id, "The module waits for what cannot be waited for: " +
-                                                  std::generic_category().message(error) + '.'));
+    return GiveUp(key, check,
+                  Refusal(check.request.id, "The module waits for what cannot be waited for: " +
+                                                std::generic_category().message(error) + '.'));
   }
   check.due = std::min(now + milliseconds(check.wait.time), check.end);
   due_.emplace(check.due, key);
@@ -153,10 +159,14 @@ void StepLoop::Disarm(Check& check) const {
 }
 
 void StepLoop::Say(const HostReply& reply) {
-  const Clock::time_point now = Clock::now();
-  if (answers_.empty()) answersSince_ = now;
+  if (answers_.empty()) answersSince_ = Clock::now();
   AppendFrameOrRefusal(answers_, reply);
-  if (answers_.size() >= kMostAnswers || now - answersSince_ >= kAnswersWait) Flush();
+  if (answers_.size() >= kMostAnswers) Flush();
+}
+
+bool StepLoop::FlushDue() {
+  const bool due = checks_.empty() || Clock::now() - answersSince_ >= kAnswersWait;
+  return !due || Flush();
 }
 
 bool StepLoop::Flush() {
@@ -167,8 +177,10 @@ bool StepLoop::Flush() {
 }
 
 int StepLoop::UntilNextMs() const {
-  if (due_.empty()) return -1;
-  const auto left = std::chrono::ceil<milliseconds>(due_.begin()->first - Clock::now()).count();
+  if (due_.empty() && answers_.empty()) return -1;
+  Clock::time_point next = due_.empty() ? Clock::time_point::max() : due_.begin()->first;
+  if (!answers_.empty()) next = std::min(next, answersSince_ + kAnswersWait);
+  const auto left = std::chrono::ceil<milliseconds>(next - Clock::now()).count();
   return static_cast<int>(std::clamp<std::int64_t>(left, 0, INT_MAX));
 }
 

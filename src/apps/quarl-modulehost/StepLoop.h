@@ -27,8 +27,8 @@ class StepLoop {
   void Begin(const HelperLibrary& helper, const void* steps, plugins::HostRequest request);
   /// Waits until there is something to do and makes the steps that are due. True: the channel has something to read.
   bool Turn();
-  /// Sends what was answered. False when the other end has gone.
-  bool Flush();
+  /// Sends what was answered when that has waited long enough for company. False when the other end has gone.
+  bool FlushDue();
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -38,10 +38,9 @@ class StepLoop {
     QuarlCheckRequest question{};
     const void* steps = nullptr;
     QuarlCheckWait wait{};
-    Clock::time_point end;  ///< its time limit
+    Clock::time_point end;  ///< its time limit, and a little more
     Clock::time_point due;
-    bool refused = false;  ///< waited for what cannot be waited for
-    int armed = -1;        ///< the descriptor whose event makes a step
+    int armed = -1;  ///< the descriptor whose event makes a step
   };
   void Step(std::uint64_t key, short came);
   int16_t Call(Check& check, QuarlCheckResult& result);
@@ -50,6 +49,9 @@ class StepLoop {
   int Arm(std::uint64_t key, Check& check) const;
   void Disarm(Check& check) const;
   void End(std::uint64_t key, const plugins::HostReply& reply);
+  /// Ends a check that still waits, after its module has given back what it holds.
+  void GiveUp(std::uint64_t key, Check& check, const plugins::HostReply& reply);
+  bool Flush();
   void Say(const plugins::HostReply& reply);
   void StepDueOnes();
   int UntilNextMs() const;

@@ -104,7 +104,7 @@ class Server {
     do {
       if (loop_.Turn() && !channel_.Read()) return;
       while (auto request = channel_.Next()) Take(std::move(*request));
-    } while (!channel_.IsBroken() && loop_.Flush());
+    } while (!channel_.IsBroken() && loop_.FlushDue());
   }
 
  private:
@@ -128,9 +128,11 @@ class Server {
     std::string path = request.texts.front();
     const void* steps = nullptr;
     const QuarlBuffer buffer{path.data(), static_cast<std::uint32_t>(path.size() + 1)};
-    if (helpers_.Of(request.kind).Call<decltype(&FindSteps)>("FindSteps", buffer, &steps) == 1) {
+    const int16_t atOnce = helpers_.Of(request.kind).Call<decltype(&FindSteps)>("FindSteps", buffer, &steps);
+    if (atOnce > 0) {
       HostReply stepped;
       stepped.word = plugins::HostWord::Stepped;
+      stepped.result = atOnce;
       channel_.Send(stepped);
     }
     steps_.emplace(std::move(path), steps);

@@ -51,7 +51,8 @@ enum class HostWord : std::uint8_t {
   DialogOpened,  ///< a dialog of the module is about to be shown; time limits rest
   DialogClosed,
   LogLine,  ///< texts: one line; result: 1 information, 2 warning, 3 error. The id may be 0
-  Stepped,  ///< the module's checks take no thread of the worker: it may have any number at once. The id is 0
+  Stepped,  ///< the module's checks take no thread of the worker: it may have as many at once as result says. The id is
+            ///< 0
 };
 
 /// What the host says. After Answered there are:

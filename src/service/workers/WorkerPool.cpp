@@ -15,7 +15,7 @@ namespace quarl::service {
 namespace {
 
 constexpr int kTickMs = 100;
-constexpr qint64 kGraceMs = 250;           // the module's own time-out comes first
+constexpr qint64 kGraceMs = 500;           // the module's own time-out comes first, then its worker's
 constexpr qint64 kAloneMs = 5 * 60'000;    // for which a module that crashed is not trusted with several calls
 constexpr qint64 kIdleMs = 10 * 60'000;    // after which a worker without calls is ended
 constexpr qint64 kLookMs = 5'000;          // how often a module's file is looked at
@@ -141,11 +141,12 @@ std::size_t WorkerPool::Load() const {
 }
 
 std::size_t WorkerPool::Capacity(const Module& module) const {
-  return static_cast<std::size_t>(std::max(module.stepped ? setup_.stepsAWorker : setup_.threadsAWorker, 2));
+  const int calls = module.steps > 0 ? std::min(module.steps, setup_.stepsAWorker) : setup_.threadsAWorker;
+  return static_cast<std::size_t>(std::max(calls, 2));
 }
 
-void WorkerPool::TakeManyAtOnce(Module& module) {
-  module.stepped = true;
+void WorkerPool::TakeSteps(Module& module, int atOnce) {
+  module.steps = atOnce;
   for (const auto& worker : module.workers) {
     if (worker->capacity > 1 && !worker->retired) worker->capacity = Capacity(module);
   }
@@ -221,7 +222,7 @@ void WorkerPool::Replied(Module& module, Worker& worker, plugins::HostReply repl
     return;
   }
   if (reply.word == plugins::HostWord::Stepped) {
-    if (!worker.retired) TakeManyAtOnce(module);
+    if (!worker.retired) TakeSteps(module, reply.result);
     return;
   }
   // After an overrun the process ends by itself; its end tells.
@@ -294,7 +295,7 @@ void WorkerPool::LookAtFile(Module& module) {
   if (stamp == module.stamp) return;
   module.stamp = stamp;
   module.aloneUntil = -1;
-  module.stepped = false;
+  module.steps = 0;
   for (const auto& worker : module.workers) worker->retired = true;
 }
 

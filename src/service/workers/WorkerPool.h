@@ -92,7 +92,7 @@ class WorkerPool {
     std::size_t calls = 0;   ///< not done
     int lines = 0;           ///< for the log, in this tick
     qint64 aloneUntil = -1;  ///< every call has a process of its own until then
-    bool stepped = false;    ///< its checks take no thread of a worker
+    int steps = 0;           ///< checks that take no thread of a worker, at once; 0: its checks take one each
     qint64 lookedAt = -1;    ///< when the file was looked at
     QString stamp;           ///< of the file that the workers have loaded
   };
@@ -109,7 +109,7 @@ class WorkerPool {
   bool MustBeAlone(const Module& module, const Job& job) const;
   /// Calls that a worker of this module serves at once.
   std::size_t Capacity(const Module& module) const;
-  void TakeManyAtOnce(Module& module);
+  void TakeSteps(Module& module, int atOnce);
 
   PoolSetup setup_;
   ChildKeeper& keeper_;

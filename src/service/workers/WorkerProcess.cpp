@@ -1,6 +1,7 @@
 #include "service/workers/WorkerProcess.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -123,6 +124,8 @@ void WorkerProcess::Spawn(const WorkerSetup& setup) {
   if (channel >= 0) close(channel);
   if (code == 0) {
     setpriority(PRIO_PROCESS, static_cast<id_t>(pid_), kNice);
+    const sched_param none{};
+    sched_setscheduler(pid_, SCHED_BATCH, &none);  // nobody waits for its next millisecond
     return LimitMemory(setup);
   }
   close(socket_);

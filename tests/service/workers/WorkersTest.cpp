@@ -45,8 +45,10 @@ class WorkersTest : public ::testing::Test {
       QFile::copy(QStringLiteral(MOODY_FOLDER) + u'/' + QLatin1String(kind) + QStringLiteral("/moody.dll"),
                   install_.filePath(folder + QStringLiteral("/moody.dll")));
     }
-    QFile::copy(QStringLiteral(MOODY_FOLDER "/tests/stepped.dll"),
-                install_.filePath(QStringLiteral("plugins/tests/stepped.dll")));
+    for (const char* module : {"/stepped.dll", "/few.dll"}) {
+      QFile::copy(QStringLiteral(MOODY_FOLDER "/tests") + QLatin1String(module),
+                  install_.filePath(QStringLiteral("plugins/tests") + QLatin1String(module)));
+    }
   }
 
   PoolSetup Setup() const {
@@ -57,9 +59,9 @@ class WorkersTest : public ::testing::Test {
   static CheckJob Job(const QString& mood, int limitMs = kLimit) {
     return {1, QStringLiteral("moody.dll"), QStringLiteral("web"), QStringLiteral("10.0.0.1"), mood, limitMs};
   }
-  static CheckJob Stepped(const QString& mood) {
+  static CheckJob Stepped(const QString& mood, const char* module = "stepped.dll") {
     CheckJob job = Job(mood);
-    job.module = QStringLiteral("stepped.dll");
+    job.module = QLatin1String(module);
     return job;
   }
   /// All outcomes, in the order of the jobs.
@@ -176,6 +178,15 @@ TEST_F(WorkersTest, ChecksInStepsNeedNoThreadsAndACrashFailsTheGuiltyOneOnly) {
   for (int check = 0; check <= kChecks + 1; ++check) EXPECT_EQ(outcomes[check].state, TestState::Passed) << check;
 }
 
+TEST_F(WorkersTest, AModuleSaysHowManyChecksInStepsAProcessHasAtOnce) {
+  ASSERT_EQ(RunOne(Stepped(QStringLiteral("time 0"), "few.dll")).state, TestState::Passed);
+  const std::vector<CheckOutcome> outcomes =
+      Run(std::vector<CheckJob>(12, Stepped(QStringLiteral("time 300"), "few.dll")));
+  std::map<QString, int> threads;
+  for (const CheckOutcome& outcome : outcomes) ++threads[outcome.performance];
+  EXPECT_EQ(threads.size(), 4U) << "with three in each they need all processes that a module may have";
+}
+
 TEST_F(WorkersTest, AStepThatHangsIsNamedAndBlamesNobodyElse) {
   std::vector<CheckJob> jobs(40, Stepped(QStringLiteral("time 10")));
   jobs[3] = jobs[30] = Stepped(QStringLiteral("stuck"));
@@ -232,6 +243,19 @@ TEST_F(WorkersTest, WhatAModulePrintsGoesNowhere) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(RunOne(Job(QStringLiteral("print"))).state, TestState::Passed);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(WorkersTest, AFloodOfLinesForTheLogIsCutAndTheCheckIsMade) {
+  int lines = 0;
+  pool_.log = [&](const QString& line) {
+    EXPECT_EQ(line, QStringLiteral("moody.dll: this again"));
+    ++lines;
+  };
+  QElapsedTimer elapsed;
+  elapsed.start();
+  EXPECT_EQ(RunOne(Job(QStringLiteral("chatter"))).state, TestState::Passed);
+  EXPECT_GE(lines, 10);
+  EXPECT_LE(lines, 10 * (2 + elapsed.elapsed() / 100)) << "more than ten in a tenth of a second";
 }
 
 TEST_F(WorkersTest, WhatACheckLeavesBehindIsEnded) {

@@ -12,6 +12,13 @@
 
 QUARL_DEFINE_MODULE(MOODY_KIND)
 
+static const QuarlHost* host;
+
+int16_t QuarlModuleStart(const QuarlHost* own) {
+  host = own;
+  return 0;
+}
+
 static int16_t Say(QuarlBuffer target, const char* text, int16_t result) {
   snprintf(target.text, target.size, "%s", text);
   return result;
@@ -64,6 +71,9 @@ static int16_t Act(const char* mood, QuarlBuffer text) {
     const int letter = answer == NULL ? EOF : fgetc(answer);
     if (answer != NULL) fclose(answer);
     return letter == 'p' ? Say(text, "well", QUARL_PASSED) : Say(text, "the file says no", QUARL_FAILED);
+  }
+  if (strcmp(mood, "chatter") == 0) {
+    for (int line = 0; line < 20000; ++line) host->Log(2, "this again");
   }
   if (strcmp(mood, "print") == 0) {
     for (int line = 0; line < 1000; ++line) fprintf(stderr, "printed %d\n", line);

@@ -2,39 +2,19 @@
 """Load on the real service: many TCP tests of five minutes each against a server of this machine that lets every
 connection wait before it answers. Prints rate, lateness, memory and CPU.
 
-  bench/service-load.py [--programs build/release/quarl] [--tests 100000] [--seconds 75] [--latency 50]
-"""
+  bench/service-load.py [--build build/release] [--tests 100000] [--seconds 75] [--latency 50]
+
+--find: more and more tests a minute until the service does not keep up, and then the lateness at four fifths of the rate
+that it reached."""
 import argparse
 import json
 import os
 import re
 import signal
-import socket
 import subprocess
 import sys
 import tempfile
 import time
-
-
-def serve(listener, latency):
-    """Answers each connection after the latency; runs in a process of its own."""
-    import asyncio
-
-    async def answer(reader, writer):
-        try:
-            await asyncio.sleep(latency / 1000)
-            writer.write(b"ready\r\n")
-            await writer.drain()
-        except ConnectionError:
-            pass
-        finally:
-            writer.close()
-
-    async def run():
-        server = await asyncio.start_server(answer, sock=listener, backlog=4096)
-        await server.serve_forever()
-
-    asyncio.run(run())
 
 
 def configuration(tests, port, minutes):
@@ -47,7 +27,7 @@ def configuration(tests, port, minutes):
         "root": {
             "schedule": {"enabled": True, "startDate": "2020-01-01", "startTime": "00:00:00",
                          "deltaTime": minutes, "deltaType": "minutes"},
-            "servers": [{"name": f"server-{s}", "ipAddress": "127.0.0.1",
+            "servers": [{"name": f"server-{s}", "ipAddress": f"127.0.{s // 250 % 250}.{s % 250 + 1}",
                          "tests": [{"type": "tcpport.dll", "name": f"port {t}", "properties": properties}
                                    for t in range(min(each, tests - s * each))]}
                         for s in range((tests + each - 1) // each)]},
@@ -92,45 +72,34 @@ def cpu(pid):
     return ticks / os.sysconf("SC_CLK_TCK")
 
 
-def main():
-    root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--programs", default=os.path.join(root, "build/release/quarl"))
-    parser.add_argument("--tests", type=int, default=100_000)
-    parser.add_argument("--minutes", type=int, default=5, help="interval of the schedule")
-    parser.add_argument("--seconds", type=int, default=75, help="how long the service runs")
-    parser.add_argument("--latency", type=int, default=50, help="milliseconds")
-    options = parser.parse_args()
-
-    listener = socket.create_server(("127.0.0.1", 0), backlog=4096)
-    port = listener.getsockname()[1]
-    server = os.fork()
-    if server == 0:
-        serve(listener, options.latency)
-    listener.close()
+def run(build, tests, minutes, seconds, latency):
+    """What the service says of itself after a while, and what was measured around it."""
+    programs = os.path.join(build, "quarl")
+    server = subprocess.Popen([os.path.join(build, "bench", "quarl_slow_server"), str(latency)],
+                              stdout=subprocess.PIPE, text=True)
     try:
         with tempfile.TemporaryDirectory() as folder:
             store = f"sqlite:{folder}/load.db"
             with open(f"{folder}/load.json", "w") as file:
-                json.dump(configuration(options.tests, port, options.minutes), file)
-            subprocess.run([f"{options.programs}/quarlctl", "--store", store, "import", f"{folder}/load.json"],
+                json.dump(configuration(tests, int(server.stdout.readline()), minutes), file)
+            subprocess.run([f"{programs}/quarlctl", "--store", store, "import", f"{folder}/load.json"],
                            check=True, stdout=subprocess.DEVNULL)
-            service = subprocess.Popen([f"{options.programs}/quarld", "--foreground", "--store", store],
+            service = subprocess.Popen([f"{programs}/quarld", "--foreground", "--store", store],
                                        stderr=subprocess.PIPE, text=True)
             began = time.monotonic()
             most = 0.0
-            while time.monotonic() - began < options.seconds and service.poll() is None:
+            while time.monotonic() - began < seconds and service.poll() is None:
                 time.sleep(1)
                 most = max(most, memory(service.pid))
             spent = cpu(service.pid)
             elapsed = time.monotonic() - began
             service.send_signal(signal.SIGTERM)
             messages = service.communicate()[1]
-            rows = json.loads(subprocess.run([f"{options.programs}/quarlctl", "--store", store, "list", "tests", "--json"],
+            rows = json.loads(subprocess.run([f"{programs}/quarlctl", "--store", store, "list", "tests", "--json"],
                                              check=True, capture_output=True).stdout)
     finally:
-        os.kill(server, signal.SIGKILL)
-        os.waitpid(server, 0)
+        server.kill()
+        server.wait()
 
     figures = re.search(r"Stopped after (\d+) checks, (\d+) skipped; 99 of 100 began less than (\d+) ms late", messages)
     if not figures:
@@ -138,15 +107,45 @@ def main():
     checks, skipped, late = (int(each) for each in figures.groups())
     passed = sum(1 for row in rows if row["state"] == 1)
     others = [row["lastResult"] for row in rows if row["lastExecution"] and row["state"] != 1]
-    wanted = options.tests / (options.minutes * 60)
+    wanted = tests / (minutes * 60)
     print(f"{checks} checks in {elapsed:.0f} s: {checks / elapsed:.1f} a second of {wanted:.1f} due; {skipped} skipped; "
           f"{passed} tests passed, {len(others)} did not")
     if others:
         print(f"one that did not: {others[0]}")
     print(f"lateness: 99 of 100 below {late} ms (goal 1000)")
     print(f"memory: {most:.0f} MB at most (goal 500)")
-    print(f"CPU: {spent:.1f} s, {100 * spent / elapsed:.0f} % of one processor, {1000 * spent / max(checks, 1):.2f} ms a check")
+    print(f"CPU: {spent:.1f} s, {100 * spent / elapsed:.0f} % of one processor, "
+          f"{1000 * spent / max(checks, 1):.2f} ms a check", flush=True)
     kept = checks >= 0.95 * wanted * elapsed and not others
+    return kept, late, most, checks / elapsed
+
+
+def find(build, seconds, latency):
+    """The rate that the service reaches, and whether nothing is late at four fifths of it."""
+    rate = 4000
+    while True:
+        kept, late, _, reached = run(build, 60 * rate, 1, seconds, latency)
+        if not kept or late >= 1000:
+            break
+        rate = rate * 3 // 2
+    print(f"full at {reached:.0f} checks a second")
+    kept, late, _, _ = run(build, 48 * int(reached), 1, seconds, latency)
+    return kept and late < 1000
+
+
+def main():
+    root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", default=os.path.join(root, "build/release"))
+    parser.add_argument("--tests", type=int, default=100_000)
+    parser.add_argument("--minutes", type=int, default=5, help="interval of the schedule")
+    parser.add_argument("--seconds", type=int, default=75, help="how long the service runs")
+    parser.add_argument("--latency", type=int, default=50, help="milliseconds")
+    parser.add_argument("--find", action="store_true", help="the rate that the service reaches")
+    options = parser.parse_args()
+    if options.find:
+        sys.exit(0 if find(options.build, options.seconds, options.latency) else 1)
+    kept, late, most, _ = run(options.build, options.tests, options.minutes, options.seconds, options.latency)
     sys.exit(0 if kept and late < 1000 and most < 500 else 1)
 
 

@@ -20,6 +20,8 @@ constexpr qint64 kAloneMs = 5 * 60'000;    // for which a module that crashed is
 constexpr qint64 kIdleMs = 10 * 60'000;    // after which a worker without calls is ended
 constexpr qint64 kLookMs = 5'000;          // how often a module's file is looked at
 constexpr std::size_t kAloneWorkers = 16;  // processes of one call each, of one module
+constexpr int kMostUndead = 8;             // processes of one module that were killed and have not ended
+constexpr qint64 kDyingMs = 1'000;         // in which a killed process ends, unless the kernel holds it
 constexpr int kInterruptionsUntilAlone = 2;
 constexpr int kLinesATick = 10;  // for the log, of one module; what it says beyond is dropped
 constexpr qsizetype kLongestLine = 1000;
@@ -191,6 +193,7 @@ WorkerPool::Worker* WorkerPool::NewWorker(Module& module, std::size_t capacity) 
 void WorkerPool::Dispatch(Module& module) {
   while (!module.waiting.empty()) {
     try {
+      if (HasTooManyUndead(module)) return RefuseAll(module);
       Worker* const worker = WorkerFor(module, module.waiting.front());
       if (worker == nullptr) return;
       Job job = std::move(module.waiting.front());
@@ -239,23 +242,52 @@ void WorkerPool::Replied(Module& module, Worker& worker, plugins::HostReply repl
 }
 
 void WorkerPool::Ended(Module& module, Worker& worker, int waitStatus) {
-  auto jobs = std::move(worker.jobs);
-  const bool retired = worker.retired;
-  std::erase_if(module.workers, [&](const auto& each) { return each.get() == &worker; });
-  if (!retired && !jobs.empty()) module.aloneUntil = clock_.elapsed() + kAloneMs;
-  const bool guilty = jobs.size() == 1 && !retired;
-  for (auto& [id, job] : jobs) {
-    if (guilty) {
-      Finish(std::move(job), Sentence(WorkerAnswer::End::Crashed, HowItEnded(module.path, waitStatus)));
-    } else {
-      ++job.interrupted;
-      module.waiting.push_front(std::move(job));
-    }
+  auto& jobs = worker.jobs;
+  if (!worker.retired && !jobs.empty()) module.aloneUntil = clock_.elapsed() + kAloneMs;
+  if (!worker.retired && jobs.size() == 1) {
+    Job guilty = std::move(jobs.begin()->second);
+    jobs.clear();
+    Finish(std::move(guilty), Sentence(WorkerAnswer::End::Crashed, HowItEnded(module.path, waitStatus)));
   }
+  MakeAgain(module, worker);
+  std::erase_if(module.workers, [&](const auto& each) { return each.get() == &worker; });
   Dispatch(module);
 }
 
+void WorkerPool::MakeAgain(Module& module, Worker& worker) {
+  for (auto& [id, job] : worker.jobs) {
+    ++job.interrupted;
+    module.waiting.push_front(std::move(job));
+  }
+  worker.jobs.clear();
+}
+
+bool WorkerPool::IsUndead(const Worker& worker) const {
+  return worker.killedAt >= 0 && clock_.elapsed() - worker.killedAt >= kDyingMs;
+}
+
+bool WorkerPool::HasTooManyUndead(const Module& module) const {
+  const auto undead = [this](const auto& worker) { return IsUndead(*worker); };
+  return std::count_if(module.workers.begin(), module.workers.end(), undead) >= kMostUndead;
+}
+
+void WorkerPool::TakeBackFromUndead(Module& module, Worker& worker) {
+  if (!IsUndead(worker) || worker.jobs.empty()) return;
+  MakeAgain(module, worker);
+  Dispatch(module);
+}
+
+void WorkerPool::RefuseAll(Module& module) {
+  for (Job& job : std::exchange(module.waiting, {})) {
+    Finish(std::move(job), Sentence(WorkerAnswer::End::NotMade,
+                                    QStringLiteral("The module %1 is not called: %2 processes of it do not end.")
+                                        .arg(ModuleName(module.path))
+                                        .arg(kMostUndead)));
+  }
+}
+
 void WorkerPool::Overdue(Module& module, Worker& worker) {
+  if (worker.killedAt >= 0) return;
   const qint64 now = clock_.elapsed();
   bool found = false;
   for (auto place = worker.jobs.begin(); place != worker.jobs.end();) {
@@ -271,6 +303,7 @@ void WorkerPool::Overdue(Module& module, Worker& worker) {
   if (!found) return;
   // A thread that hangs cannot be taken back. The others' calls are made again when the end is told.
   worker.retired = true;
+  worker.killedAt = now;
   worker.process->Kill();
 }
 
@@ -278,11 +311,14 @@ void WorkerPool::Tick() {
   const qint64 now = clock_.elapsed();
   for (auto& [path, module] : modules_) {
     module.lines = 0;
-    for (const auto& worker : module.workers) Overdue(module, *worker);
+    for (std::size_t i = 0; i < module.workers.size(); ++i) {
+      Overdue(module, *module.workers[i]);
+      TakeBackFromUndead(module, *module.workers[i]);
+    }
     std::erase_if(module.workers, [&](const auto& worker) {
       const bool spare = worker->retired || now - worker->idleSince > kIdleMs ||
                          (worker->capacity == 1 && now >= module.aloneUntil && now - worker->idleSince > kLookMs);
-      return worker->jobs.empty() && spare;
+      return worker->jobs.empty() && worker->killedAt < 0 && spare;
     });
   }
 }

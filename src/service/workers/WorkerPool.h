@@ -46,7 +46,8 @@ struct PoolSetup {
 
 /// Long-lived worker processes for modules, each process for one module, so that a module takes down only its own
 /// calls. When a worker ends under several calls, each of them is made again in a process of its own, so that exactly
-/// the guilty one fails; calls that a hung neighbour took down are made again, too. Main thread.
+/// the guilty one fails; calls that a hung neighbour took down are made again, too. A module whose processes do not
+/// even end when they are killed is not called until they do. Main thread.
 class WorkerPool {
  public:
   using Done = std::function<void(const WorkerAnswer&)>;
@@ -83,6 +84,7 @@ class WorkerPool {
     std::unordered_map<std::uint32_t, Job> jobs;
     std::size_t capacity = 1;
     bool retired = false;  ///< takes no more jobs
+    qint64 killedAt = -1;  ///< when it was killed; it is here until it has ended
     qint64 idleSince = 0;
   };
   struct Module {
@@ -103,6 +105,14 @@ class WorkerPool {
   void Replied(Module& module, Worker& worker, plugins::HostReply reply);
   void Ended(Module& module, Worker& worker, int waitStatus);
   void Overdue(Module& module, Worker& worker);
+  /// A killed worker that does not end, because the kernel holds it, gives up its calls.
+  void TakeBackFromUndead(Module& module, Worker& worker);
+  void MakeAgain(Module& module, Worker& worker);
+  /// Was killed a while ago and has not ended.
+  bool IsUndead(const Worker& worker) const;
+  bool HasTooManyUndead(const Module& module) const;
+  /// Refuses all calls that wait.
+  void RefuseAll(Module& module);
   void Finish(Job job, WorkerAnswer answer);
   void Tick();
   void LookAtFile(Module& module);

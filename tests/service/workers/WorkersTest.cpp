@@ -318,6 +318,53 @@ TEST_F(WorkersTest, AControlGroupHoldsWhatAWorkerStarts) {
   EXPECT_TRUE(QDir().rmdir(root)) << "a group of a worker was left";
 }
 
+/// Processes that no kill ends, as those that wait for a file server that has gone: they are frozen.
+class Freezer {
+ public:
+  Freezer() { made_ = QDir().mkdir(path_); }
+  ~Freezer() {
+    Thaw();
+    Until([&] { return QDir().rmdir(path_) || !made_; });
+  }
+  bool IsMade() const { return made_; }
+  bool Freeze(const QByteArray& process) const {
+    return Write("/cgroup.procs", process) && Write("/freezer.state", "FROZEN");
+  }
+  void Thaw() const { Write("/freezer.state", "THAWED"); }
+
+ private:
+  bool Write(const char* name, const QByteArray& text) const {
+    QFile file(path_ + QLatin1String(name));
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) > 0;
+  }
+  QString path_ = QStringLiteral("/sys/fs/cgroup/freezer/quarl-test-%1").arg(getpid());
+  bool made_ = false;
+};
+
+TEST_F(WorkersTest, AModuleWhoseProcessesDoNotEndIsNotCalledUntilTheyDo) {
+  const Freezer freezer;
+  if (!freezer.IsMade()) GTEST_SKIP() << "no control group that freezes may be made in /sys/fs/cgroup/freezer";
+  QString sentence;
+  for (int round = 0; round < 20 && sentence.isEmpty(); ++round) {
+    const QByteArray process = RunOne(Job({})).performance.section(u'=', 1).toLatin1();
+    std::vector<std::optional<CheckOutcome>> outcomes(3);
+    for (int check = 0; check < 3; ++check) {
+      const auto done = [&outcomes, check](const CheckOutcome& outcome) { outcomes.at(check) = outcome; };
+      runner_.Start(check == 0 ? Job(QStringLiteral("hang"), 200) : Job(QStringLiteral("sleep 100")), done);
+    }
+    ASSERT_TRUE(freezer.Freeze(process)) << process.constData();
+    ASSERT_TRUE(Until([&] { return outcomes[0] && outcomes[1] && outcomes[2]; }));
+    EXPECT_EQ(outcomes[0]->state, TestState::Failed);
+    for (int check : {1, 2}) {
+      if (outcomes[check]->state == TestState::NotRun) sentence = outcomes[check]->text;
+      EXPECT_TRUE(!sentence.isEmpty() || outcomes[check]->state == TestState::Passed) << "a neighbour is blamed";
+    }
+  }
+  EXPECT_EQ(sentence, QStringLiteral("The module moody.dll is not called: 8 processes of it do not end."));
+  freezer.Thaw();
+  EXPECT_TRUE(Until([&] { return RunOne(Job({})).state == TestState::Passed; }));
+}
+
 TEST_F(WorkersTest, AlertsAreDeliveredOrSayWhyNot) {
   HostedSender sender(pool_, InstallPaths(install_.path()));
   AlertJob job;

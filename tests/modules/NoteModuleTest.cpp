@@ -115,7 +115,7 @@ class Bus {
     EXPECT_FALSE(address_.empty()) << daemon_.readAllStandardError().toStdString();
   }
   ~Bus() {
-    daemon_.kill();
+    daemon_.terminate();  // it takes its socket away
     daemon_.waitForFinished();
   }
   const std::string& Address() const { return address_; }

@@ -21,7 +21,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 
 SpawnPlan::SpawnPlan(const std::vector<Given>& given) {
   posix_spawn_file_actions_init(&actions_);
-  posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDWR, 0);
   int last = STDERR_FILENO;
   for (const auto& [descriptor, number] : given) {
     posix_spawn_file_actions_adddup2(&actions_, descriptor, number);

@@ -17,7 +17,7 @@ class SpawnPlan {
   /// A descriptor and the number that it gets in the new program.
   using Given = std::pair<int, int>;
 
-  /// Each descriptor is above all numbers that are given.
+  /// Each descriptor is above all numbers that are given, or STDIN_FILENO for /dev/null.
   explicit SpawnPlan(const std::vector<Given>& given);
   ~SpawnPlan();
   SpawnPlan(const SpawnPlan&) = delete;

@@ -2,7 +2,6 @@
 
 #include <poll.h>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "base/Error.h"
+#include "base/ProcessFiles.h"
 
 namespace quarl::service {
 namespace {
@@ -32,10 +32,6 @@ std::vector<pid_t> ChildrenNow() {
     for (pid_t child = 0; list >> child;) children.push_back(child);
   }
   return children;
-}
-
-int Watch(pid_t child) {
-  return static_cast<int>(syscall(SYS_pidfd_open, child, 0));
 }
 
 /// Of one that has ended.
@@ -61,8 +57,8 @@ ChildKeeper::~ChildKeeper() {
 
 void ChildKeeper::Keep(pid_t child, Ended ended) {
   Child kept;
-  kept.descriptor = Watch(child);
-  if (kept.descriptor < 0) {
+  kept.descriptor = ProcessDescriptor(child);
+  if (!kept.descriptor) {
     const int reason = errno;
     kill(-child, SIGKILL);
     std::ignore = Bury(child);
@@ -70,7 +66,7 @@ void ChildKeeper::Keep(pid_t child, Ended ended) {
                     .arg(QString::fromStdString(std::generic_category().message(reason))));
   }
   kept.ended = std::move(ended);
-  kept.notifier = std::make_unique<QSocketNotifier>(kept.descriptor, QSocketNotifier::Read);
+  kept.notifier = std::make_unique<QSocketNotifier>(kept.descriptor.Get(), QSocketNotifier::Read);
   QObject::connect(kept.notifier.get(), &QSocketNotifier::activated, &sweep_, [this, child] { Reap(child); });
   children_.emplace(child, std::move(kept));
 }
@@ -86,7 +82,6 @@ void ChildKeeper::KillAndForget(pid_t child) {
   if (node.empty()) return;
   kill(-child, SIGKILL);
   kill(child, SIGKILL);
-  close(node.mapped().descriptor);
   std::ignore = Bury(child);
   Sweep();
 }
@@ -100,17 +95,15 @@ void ChildKeeper::Reap(pid_t child) {
   node.mapped().notifier->setEnabled(false);
   // The notifier is the sender of this very call.
   node.mapped().notifier.release()->deleteLater();
-  close(node.mapped().descriptor);
   Sweep();
   node.mapped().ended(status);
 }
 
 bool ChildKeeper::Bury(pid_t child) {
-  const bool known = lingering_.contains(child);
-  if (const int descriptor = known ? -1 : Watch(child); descriptor >= 0) {
-    pollfd ended{descriptor, POLLIN, 0};
-    std::ignore = poll(&ended, 1, kEndMs);
-    close(descriptor);
+  if (!lingering_.contains(child)) {
+    const Descriptor exit = ProcessDescriptor(child);
+    pollfd ended{exit.Get(), POLLIN, 0};
+    if (exit) std::ignore = poll(&ended, 1, kEndMs);
   }
   if (waitpid(child, nullptr, WNOHANG) == 0) {
     lingering_.insert(child);

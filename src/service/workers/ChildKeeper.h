@@ -8,6 +8,8 @@
 #include <memory>
 #include <set>
 
+#include "base/Descriptor.h"
+
 class QSocketNotifier;
 
 namespace quarl::service {
@@ -35,7 +37,7 @@ class ChildKeeper {
 
  private:
   struct Child {
-    int descriptor = -1;
+    Descriptor descriptor;
     std::unique_ptr<QSocketNotifier> notifier;
     Ended ended;
   };

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sched.h>
-#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -12,11 +11,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <system_error>
 #include <vector>
 
+#include "base/Descriptor.h"
 #include "base/Error.h"
+#include "base/SpawnPlan.h"
 
 namespace quarl::service {
 namespace {
@@ -28,46 +28,14 @@ Error Failure(const QString& what, int code) {
   return Error(QStringLiteral("%1: %2.").arg(what, QString::fromStdString(std::generic_category().message(code))));
 }
 
-/// Attributes and file actions of a start.
-struct SpawnPlan {
-  posix_spawnattr_t attributes{};
-  posix_spawn_file_actions_t actions{};
-
-  explicit SpawnPlan(int channel) {
-    posix_spawnattr_init(&attributes);
-    posix_spawn_file_actions_init(&actions);
-    sigset_t all{};
-    sigset_t none{};
-    sigfillset(&all);
-    sigemptyset(&none);
-    posix_spawnattr_setsigdefault(&attributes, &all);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-    // What a module prints must not fill the file or journal of the service; it has a call for its log lines.
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDWR, 0);
-    posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDERR_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, channel, plugins::kHostChannel);
-    posix_spawn_file_actions_addclosefrom_np(&actions, plugins::kHostChannel + 1);
-  }
-  ~SpawnPlan() {
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
-  }
-  SpawnPlan(const SpawnPlan&) = delete;
-  SpawnPlan& operator=(const SpawnPlan&) = delete;
-};
-
 /// The environment of a worker: this one's, without what speaks to the service manager.
-std::vector<char*> WorkerEnvironment() {
-  std::vector<char*> result;
+std::vector<std::string> WorkerEnvironment() {
+  std::vector<std::string> result;
   for (char** entry = environ; *entry != nullptr; ++entry) {
     const std::string_view variable = *entry;
     const auto names = [&](std::string_view name) { return variable.starts_with(name); };
-    if (!names("NOTIFY_SOCKET=") && !names("WATCHDOG_") && !names("LISTEN_")) result.push_back(*entry);
+    if (!names("NOTIFY_SOCKET=") && !names("WATCHDOG_") && !names("LISTEN_")) result.emplace_back(*entry);
   }
-  result.push_back(nullptr);
   return result;
 }
 
@@ -110,18 +78,15 @@ void WorkerProcess::Spawn(const WorkerSetup& setup) {
   }
   socket_ = ends[0];
   // The child's end blocks, and lies above the numbers that the child gives to its own.
-  const int channel = fcntl(ends[1], F_DUPFD_CLOEXEC, plugins::kHostChannel + 1);
-  close(ends[1]);
-  if (channel >= 0) fcntl(channel, F_SETFL, 0);
-  const QByteArray program = QFile::encodeName(setup.program);
-  std::array<std::string, 3> words{program.toStdString(), "--worker", std::to_string(setup.threads)};
-  std::array<char*, words.size() + 1> arguments{};
-  for (std::size_t word = 0; word < words.size(); ++word) arguments[word] = words[word].data();
-  const SpawnPlan plan(channel);
-  const int code = channel < 0 ? errno
-                               : posix_spawn(&pid_, program.constData(), &plan.actions, &plan.attributes,
-                                             arguments.data(), WorkerEnvironment().data());
-  if (channel >= 0) close(channel);
+  const Descriptor channel = Raised(Descriptor(ends[1]), plugins::kHostChannel + 1);
+  int code = channel ? 0 : errno;
+  if (channel) fcntl(channel.Get(), F_SETFL, 0);
+  // What a module prints must not fill the file or journal of the service; it has a call for its log lines.
+  const SpawnPlan plan(
+      {{STDIN_FILENO, STDOUT_FILENO}, {STDIN_FILENO, STDERR_FILENO}, {channel.Get(), plugins::kHostChannel}});
+  std::vector<std::string> words{QFile::encodeName(setup.program).toStdString(), "--worker",
+                                 std::to_string(setup.threads)};
+  if (code == 0) code = plan.Start(std::move(words), WorkerEnvironment(), pid_);
   if (code == 0) {
     setpriority(PRIO_PROCESS, static_cast<id_t>(pid_), kNice);
     const sched_param none{};

@@ -12,6 +12,8 @@
 namespace quarl::service {
 namespace {
 
+constexpr const char* kProcesses = "2048";  // and threads; a quarter of what the unit may have
+
 /// False where the file is missing or refuses the text. Control files take a text in one write.
 bool Write(const QString& file, const QByteArray& text) {
   QFile target(file);
@@ -61,11 +63,12 @@ WorkerCgroup::WorkerCgroup(QString folder, qint64 memoryLimit) : folder_(std::mo
   std::ignore =
       Write(folder_ + QStringLiteral("/cpu.max"), QByteArray::number(processors * 100'000 - 10'000) + " 100000");
   std::ignore = Write(folder_ + QStringLiteral("/cpu.weight"), "50");
+  std::ignore = Write(folder_ + QStringLiteral("/pids.max"), kProcesses);
 }
 
 WorkerCgroup::~WorkerCgroup() {
   Kill();
-  // A killed process leaves its group a moment later; the service manager removes what stays.
+  // A killed process leaves its group a moment later; a group that has to stay goes when the next one is made.
   for (int round = 0; round < 20 && rmdir(QFile::encodeName(folder_).constData()) != 0; ++round) usleep(1000);
 }
 
@@ -88,7 +91,7 @@ std::optional<CgroupTree> CgroupTree::OfThisProcess() {
   if (!QDir().mkpath(own) || !Write(own + QStringLiteral("/cgroup.procs"), QByteArray::number(getpid()))) {
     return std::nullopt;
   }
-  for (const char* controller : {"+memory", "+cpu"}) {
+  for (const char* controller : {"+memory", "+cpu", "+pids"}) {
     std::ignore = Write(folder + QStringLiteral("/cgroup.subtree_control"), controller);
   }
   return CgroupTree(folder);
@@ -97,6 +100,10 @@ std::optional<CgroupTree> CgroupTree::OfThisProcess() {
 CgroupTree::CgroupTree(QString folder) : folder_(std::move(folder)) {}
 
 std::unique_ptr<WorkerCgroup> CgroupTree::Make(qint64 memoryLimit) {
+  // Groups of workers that took long to end. One that holds a process is not removed.
+  for (const QString& name : QDir(folder_).entryList({QStringLiteral("worker-*")}, QDir::Dirs)) {
+    std::ignore = rmdir(QFile::encodeName(folder_ + u'/' + name).constData());
+  }
   const QString folder = QStringLiteral("%1/worker-%2").arg(folder_).arg(next_++);
   if (!QDir().mkdir(folder)) return nullptr;
   return std::make_unique<WorkerCgroup>(folder, memoryLimit);

@@ -8,8 +8,9 @@
 
 namespace quarl::service {
 
-/// One control group around one worker process: what the worker starts cannot leave it. Removed with the object; the
-/// processes in it must have been killed before.
+/// One control group around one worker process and what that starts. All groups of the tree are the same user's: a
+/// program that sets out to can leave its group or lift a limit. Removed with the object, or, when what is killed takes
+/// long to end, when the tree makes the next one.
 class WorkerCgroup {
  public:
   WorkerCgroup(QString folder, qint64 memoryLimit);
@@ -34,7 +35,7 @@ class CgroupTree {
   /// @param folder an existing group that this process may divide.
   explicit CgroupTree(QString folder);
 
-  /// A new group for a worker; null when it cannot be made.
+  /// A new group for a worker; null when it cannot be made. The worker must be in it before the next call.
   /// @param memoryLimit bytes, kept where the memory controller has been delegated.
   std::unique_ptr<WorkerCgroup> Make(qint64 memoryLimit);
 

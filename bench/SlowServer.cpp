@@ -6,14 +6,15 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <queue>
 #include <string_view>
 #include <system_error>
@@ -29,6 +30,13 @@ struct Waiting {
 
 void Require(bool done, const char* what) {
   if (!done) throw std::system_error(errno, std::generic_category(), what);
+}
+
+void AllowManyConnections() {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 int Listen() {
@@ -63,7 +71,10 @@ void Answer(int socket) {
     pollfd wanted{listener, POLLIN, 0};
     poll(&wanted, 1, wait);
     const Clock::time_point now = Clock::now();
-    for (int socket = accept(listener, nullptr, nullptr); socket >= 0; socket = accept(listener, nullptr, nullptr)) {
+    for (;;) {
+      const int socket = accept(listener, nullptr, nullptr);
+      Require(socket >= 0 || errno == EAGAIN || errno == EINTR || errno == ECONNABORTED, "accept");
+      if (socket < 0) break;
       waiting.push({now + latency, socket});
     }
     for (; !waiting.empty() && waiting.front().due <= now; waiting.pop()) Answer(waiting.front().socket);
@@ -73,8 +84,16 @@ void Answer(int socket) {
 }  // namespace
 
 int main(int count, char** words) {
+  int latency = 0;
+  const std::string_view text = count == 2 ? words[1] : "";
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), latency);
+  if (text.empty() || read.ec != std::errc() || read.ptr != text.data() + text.size() || latency < 0) {
+    std::fprintf(stderr, "usage: quarl_slow_server MILLISECONDS\n");
+    return 2;
+  }
   try {
-    Serve(Listen(), std::chrono::milliseconds(count > 1 ? std::atoi(words[1]) : 50));
+    AllowManyConnections();
+    Serve(Listen(), std::chrono::milliseconds(latency));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
   }

@@ -2,7 +2,7 @@
 """Load on the real service: many TCP tests of five minutes each against a server of this machine that lets every
 connection wait before it answers. Prints rate, lateness, memory and CPU.
 
-  bench/service-load.py [--build build/release] [--tests 100000] [--seconds 75] [--latency 50]
+  bench/service-load.py [--build build/release] [--tests 100000] [--minutes 5] [--seconds 75] [--latency 50] [--find]
 
 --find: more and more tests a minute until the service does not keep up, and then the lateness at four fifths of the rate
 that it reached."""
@@ -77,6 +77,7 @@ def run(build, tests, minutes, seconds, latency):
     programs = os.path.join(build, "quarl")
     server = subprocess.Popen([os.path.join(build, "bench", "quarl_slow_server"), str(latency)],
                               stdout=subprocess.PIPE, text=True)
+    service = None
     try:
         with tempfile.TemporaryDirectory() as folder:
             store = f"sqlite:{folder}/load.db"
@@ -97,9 +98,13 @@ def run(build, tests, minutes, seconds, latency):
             messages = service.communicate()[1]
             rows = json.loads(subprocess.run([f"{programs}/quarlctl", "--store", store, "list", "tests", "--json"],
                                              check=True, capture_output=True).stdout)
+            if server.poll() is not None:
+                sys.exit("The server that it checked has ended; the figures mean nothing.")
     finally:
-        server.kill()
-        server.wait()
+        for process in (service, server):
+            if process and process.poll() is None:
+                process.kill()
+                process.wait()
 
     figures = re.search(r"Stopped after (\d+) checks, (\d+) skipped; 99 of 100 began less than (\d+) ms late", messages)
     if not figures:

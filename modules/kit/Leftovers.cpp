@@ -15,23 +15,6 @@ namespace {
 
 constexpr const char* kVariable = "QUARL_RUN";
 
-/// The children of the main thread, to which every process comes whose parent has ended. A child may be missing while
-/// others end.
-std::vector<pid_t> Children() {
-  std::vector<pid_t> children;
-  static const std::string self = std::to_string(::getpid());
-  static const Descriptor& file = *new Descriptor(OpenProcessFile("/proc/" + self + "/task/" + self + "/children"));
-  const std::string list = ReadProcessFile(file);
-  const char* const end = list.data() + list.size();
-  for (const char* at = list.data(); at < end; ++at) {
-    pid_t child = 0;
-    const auto read = std::from_chars(at, end, child);
-    if (read.ec == std::errc()) children.push_back(child);
-    at = read.ptr;
-  }
-  return children;
-}
-
 /// The value of the mark in a process's environment; "" when it has none, cannot be looked at or has ended.
 std::string MarkOf(pid_t process) {
   const std::string label = std::string(kVariable) + '=';
@@ -92,6 +75,29 @@ void Leftovers::ReapAbandoned() {
   });
 }
 
+std::size_t Leftovers::CountAbandoned() {
+  const std::lock_guard lock(mutex_);
+  ReapAbandoned();
+  return abandoned_.size();
+}
+
+// The children of the main thread, to which every process comes whose parent has ended. A child may be missing while
+// others end.
+std::vector<pid_t> Leftovers::Children() {
+  const std::string self = std::to_string(::getpid());
+  if (!childrenFile_) childrenFile_ = OpenProcessFile("/proc/" + self + "/task/" + self + "/children");
+  std::vector<pid_t> children;
+  const std::string list = ReadProcessFile(childrenFile_);
+  const char* const end = list.data() + list.size();
+  for (const char* at = list.data(); at < end; ++at) {
+    pid_t child = 0;
+    const auto read = std::from_chars(at, end, child);
+    if (read.ec == std::errc()) children.push_back(child);
+    at = read.ptr;
+  }
+  return children;
+}
+
 bool Leftovers::EndSome(std::vector<Descriptor>& ending) {
   const std::string own = std::to_string(::getpid()) + '-';
   const std::lock_guard lock(mutex_);
@@ -99,13 +105,16 @@ bool Leftovers::EndSome(std::vector<Descriptor>& ending) {
   for (const pid_t child : Children()) {
     if (started_.contains(child)) continue;
     if (::waitpid(child, nullptr, WNOHANG) != 0) {
+      doomed_.erase(child);
       found = true;
       continue;
     }
+    if (doomed_.contains(child)) continue;
     const std::string mark = MarkOf(child);
     if (!mark.starts_with(own) || active_.contains(mark)) continue;
     found = true;
     ::kill(child, SIGKILL);
+    doomed_.insert(child);
     ending.push_back(ProcessDescriptor(child));
   }
   return found;

@@ -46,18 +46,23 @@ class Leftovers {
   void Forget(pid_t child);
   /// The child was killed, and nobody waits for it any more.
   void Abandon(pid_t child);
+  /// Abandoned children that have not ended.
+  std::size_t CountAbandoned();
   /// Ends what is left of all programs that have ended. Comes back within the limit; what has not ended by then, the
   /// next call finds.
   Task<void> End(std::chrono::milliseconds limit);
 
  private:
-  /// Kills what is found. Whether there was something, and descriptors of what has not ended yet.
+  std::vector<pid_t> Children();
+  /// Kills what is found. Whether there was something new, and descriptors of what was killed now.
   bool EndSome(std::vector<Descriptor>& ending);
   void ReapAbandoned();
 
   std::mutex mutex_;
   std::set<pid_t> started_;
   std::set<pid_t> abandoned_;
+  std::set<pid_t> doomed_;  ///< orphans that were killed and have not ended
+  Descriptor childrenFile_;
   std::set<std::string> active_;
   unsigned long count_ = 0;
 };

@@ -19,6 +19,7 @@
 #include "base/ProcessFiles.h"
 #include "base/SpawnPlan.h"
 #include "kit/Leftovers.h"
+#include "kit/Pace.h"
 
 namespace quarl::kit {
 namespace {
@@ -27,35 +28,16 @@ namespace {
 constexpr std::chrono::milliseconds kFarewell{100};
 /// For which nobody looks at what a program writes.
 constexpr std::chrono::milliseconds kQuick{50};
-/// Over which programs are spread that are to start at the same time, and how far from each other at most.
-constexpr std::chrono::milliseconds kSpread{40};
-constexpr std::chrono::microseconds kLongestGap{3000};
+/// Programs that were killed and have not ended, with which no other is started.
+constexpr std::size_t kMostHeld = 32;
 
-/// Spreads the starts of programs, which are short and heavy: of many at once each costs more, and everybody else
-/// waits. Any thread.
-class Pace {
- public:
-  /// How long the next program has to wait.
-  std::chrono::milliseconds Next() {
-    const std::lock_guard lock(mutex_);
-    const Clock::time_point now = Clock::now();
-    if (now - since_ >= kSpread) {
-      before_ = now - since_ < 2 * kSpread ? count_ : 0;
-      count_ = 0;
-      since_ = now;
-    }
-    ++count_;
-    const Clock::time_point start = std::clamp(next_, now, now + kSpread);
-    next_ = start + std::min<Clock::duration>(kLongestGap, kSpread / std::max(before_, count_));
-    return std::chrono::floor<std::chrono::milliseconds>(start - now);
-  }
-
- private:
-  using Clock = std::chrono::steady_clock;
-  std::mutex mutex_;
-  Clock::time_point next_, since_;
-  int before_ = 0, count_ = 0;  ///< programs in the last stretch of time and in this one
-};
+/// When the next program of this process may start.
+Pace::Clock::duration NextStart() {
+  static std::mutex& mutex = *new std::mutex;  // never destroyed, as the leftovers
+  static Pace& pace = *new Pace;
+  const std::lock_guard lock(mutex);
+  return pace.Next(Pace::Clock::now());
+}
 
 std::system_error SystemError(const char* what) {
   return {errno, std::generic_category(), what};
@@ -259,7 +241,8 @@ Task<void> Reap(Child& child, const ProcessRequest& request, ProcessResult& resu
   result.remains = reaped == Child::Reaped::NotYet;
   if (result.end != ProcessResult::End::Exited) co_return;
   if (reaped != Child::Reaped::Yes) {
-    result = Failed("How " + request.program + " ended is not known.");
+    result.end = ProcessResult::End::NotStarted;
+    result.fault = "How " + request.program + " ended is not known.";
     co_return;
   }
   result.end = WIFSIGNALED(status) ? ProcessResult::End::Killed : ProcessResult::End::Exited;
@@ -267,12 +250,14 @@ Task<void> Reap(Child& child, const ProcessRequest& request, ProcessResult& resu
 }
 
 Task<ProcessResult> Watch(Child& child, const Pipe& output, const Pipe& errors, const ProcessRequest& request) {
+  const auto begin = std::chrono::steady_clock::now();
   const Deadline end(request.limit);
   ProcessResult result;
   Stream outputStream(output.reading.Get(), result.output, request.longestOutput, result.cut);
   Stream errorStream(errors.reading.Get(), result.errors, request.longestOutput, result.cut);
   const bool never = false;
   result.end = co_await Follow(child, outputStream, errorStream, end, request.endWhenLong ? result.cut : never);
+  result.duration = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin);
   // What the pipe still holds, one pipe's capacity, was written before the end.
   outputStream.Read();
   errorStream.Read();
@@ -295,8 +280,12 @@ pid_t Start(const ProcessRequest& request, const Pipe& output, const Pipe& error
 
 Task<ProcessResult> Run(const ProcessRequest& request) {
   if (std::string fault = FaultOf(request); !fault.empty()) co_return Failed(std::move(fault));
-  static Pace& pace = *new Pace;  // never destroyed, as the leftovers
-  if (const auto wait = pace.Next(); wait.count() > 0) co_await Ready(-1, 0, Deadline(wait));
+  if (Leftovers::Instance().CountAbandoned() >= kMostHeld) {
+    co_return Failed(request.program + " is not started: " + std::to_string(kMostHeld) +
+                     " programs of this process were killed and do not end.");
+  }
+  const auto wait = std::chrono::floor<std::chrono::milliseconds>(NextStart());
+  if (wait.count() > 0) co_await Ready(-1, 0, Deadline(wait));
   Pipe output, errors;
   int code = 0;
   const pid_t pid = Start(request, output, errors, code);

@@ -19,6 +19,8 @@ struct ProcessRequest {
   std::vector<std::pair<std::string, std::string>> environment{};
   /// Which of the other variables of this process are handed on; all when nothing is said.
   std::optional<std::vector<std::string>> handedOn{};
+  /// From its start, before which there may be 40 ms and behind which 200 ms more: for its end and that of its
+  /// leftovers.
   std::chrono::milliseconds limit{10000};
   std::size_t longestOutput = 65536;  ///< bytes that are kept of each stream; the rest is read and dropped
   bool endWhenLong = false;           ///< a stream that is longer ends the program
@@ -28,7 +30,7 @@ struct ProcessRequest {
 
 struct ProcessResult {
   enum class End {
-    NotStarted,  ///< fault says why
+    NotStarted,  ///< or how it ended is not known; fault says why
     Exited,      ///< code is the exit code
     Killed,      ///< code is the signal that ended it
     TimedOut,    ///< it was ended, with everything in its process group
@@ -39,7 +41,8 @@ struct ProcessResult {
   std::string fault;  ///< one sentence for NotStarted
   std::string output;
   std::string errors;
-  bool cut = false;      ///< a stream was longer than what was kept
+  std::chrono::microseconds duration{0};  ///< from its start to its end
+  bool cut = false;                       ///< a stream was longer than what was kept
   bool remains = false;  ///< it was killed and still has not ended: it waits in the kernel, or another program holds it
 };
 

@@ -24,7 +24,6 @@ struct CheckOutcome {
   store::TestState state = store::TestState::NotRun;
   QString text;         ///< one line for people; cut by the runner to a bounded length
   QString performance;  ///< performance data as monitoring plug-ins write it, may be empty
-  qint64 durationMs = 0;
 };
 
 /// Runs tests outside this program. Everything happens on the thread of the service, and nothing here waits.

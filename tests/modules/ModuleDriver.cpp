@@ -115,6 +115,25 @@ ModuleDriver::CheckAnswer ModuleDriver::Check(const CheckQuestion& question) con
   return {state, text.Text(), performance.Text(), std::chrono::microseconds(result.duration)};
 }
 
+std::unique_ptr<ModuleDriver::Steps> ModuleDriver::BeginSteps(const CheckQuestion& question) const {
+  using Step = int16_t(const QuarlCheckRequest*, QuarlCheckWait*, QuarlCheckResult*);
+  struct Check final : Steps {
+    Check(Step* function, CheckQuestion asked) : step(function), question(std::move(asked)) {}
+    bool Go(int16_t came) override {
+      wait.events = came;
+      return step(&request, &wait, &result) == QUARL_WAITING;
+    }
+    Step* step;
+    CheckQuestion question;
+    Room text{"", 1023, 'x'}, performance{"", 1023, 'x'};
+    QuarlCheckRequest request{sizeof(QuarlCheckRequest), question.serverName.c_str(), question.address.c_str(),
+                              question.properties.c_str(), static_cast<uint32_t>(question.timeLimit.count())};
+    QuarlCheckWait wait{sizeof(QuarlCheckWait), nullptr, -1, 0, 0};
+    QuarlCheckResult result{sizeof(QuarlCheckResult), text.Buffer(), performance.Buffer(), -1};
+  };
+  return std::make_unique<Check>(Find<Step>("QuarlCheckStep"), question);
+}
+
 ModuleDriver::AlertAnswer ModuleDriver::Alert(QuarlEvent event, const std::string& properties) const {
   event.size = sizeof event;
   for (auto* text : {&event.subject, &event.message, &event.serverName, &event.serverAddress, &event.groupName,

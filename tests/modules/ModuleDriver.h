@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "quarl_module.h"
@@ -45,6 +46,11 @@ class ModuleDriver {
   };
   CheckAnswer Check(const CheckQuestion& question) const;
 
+  /// A check by QuarlCheckStep.
+  class Steps;
+  /// Alive no longer than this object.
+  std::unique_ptr<Steps> BeginSteps(const CheckQuestion& question) const;
+
   struct AlertAnswer {
     int16_t result = 0;
     std::string text;  ///< the blanks at the end not counted
@@ -81,6 +87,13 @@ class ModuleDriver {
   template <typename Function>
   Function* Find(const char* name) const;
   void* library_ = nullptr;
+};
+
+class ModuleDriver::Steps {
+ public:
+  virtual ~Steps() = default;
+  /// Makes one step; whether the check goes on.
+  virtual bool Go(int16_t came) = 0;
 };
 
 }  // namespace quarl::testing

@@ -126,6 +126,22 @@ TEST_F(PluginCommandTest, LeavesNothingBehind) {
   }
 }
 
+TEST_F(PluginCommandTest, ACheckInStepsThatIsGivenUpEndsItsProgram) {
+  const std::string mark = "4001." + std::to_string(::getpid());
+  auto steps = module_.BeginSteps(
+      {.properties = ModuleDriver::Properties("monitoringplugin", {{"program", "/bin/sleep"}, {"arguments", {mark}}})});
+  ASSERT_TRUE(steps->Go(0));
+  for (int i = 0; i < 500 && CountProcesses(mark.c_str()) == 0; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(steps->Go(0));
+  }
+  ASSERT_EQ(CountProcesses(mark.c_str()), 1);
+  EXPECT_FALSE(steps->Go(QUARL_GIVE_UP));
+  for (int i = 0; i < 500 && CountProcesses(mark.c_str()) > 0; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_EQ(CountProcesses(mark.c_str()), 0);
+}
+
 TEST_F(PluginCommandTest, RunsThatGoOnKeepTheirProcesses) {
   // What one run has moved to another session is not ended by the end of another run.
   int16_t slow = 0;

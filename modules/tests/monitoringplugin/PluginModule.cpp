@@ -135,9 +135,13 @@ kit::Task<kit::CheckOutcome> PluginModule::Begin(const kit::Server& server, cons
   const std::vector<std::string> secrets{properties.Text("secret"), properties.Text("secret2")};
   kit::ProcessResult result = co_await kit::RunProcessInSteps(request);
   for (std::string* text : {&result.output, &result.errors}) *text = kit::WithoutSecrets(std::move(*text), secrets);
-  if (result.end == kit::ProcessResult::End::Exited) co_return OutcomeOf(result, properties.Flag(kWarningFails));
   kit::CheckOutcome outcome;
-  outcome.text = FaultOf(result, request.limit);
+  if (result.end == kit::ProcessResult::End::Exited) {
+    outcome = OutcomeOf(result, properties.Flag(kWarningFails));
+  } else {
+    outcome.text = FaultOf(result, request.limit);
+  }
+  outcome.duration = result.duration;
   co_return outcome;
 }
 

@@ -29,15 +29,8 @@ constexpr milliseconds kAnswersWait{40};  // each message wakes the service
 constexpr milliseconds kGrace{250};       // the module's own time-out comes first
 constexpr int kStuckSeconds = 5;
 constexpr int kStuck = 71;
-constexpr rlim_t kMostDescriptors = 65536;
-
-/// Every check on its way may have a descriptor.
-void AllowManyDescriptors() {
-  rlimit limit{};
-  getrlimit(RLIMIT_NOFILE, &limit);
-  limit.rlim_cur = std::max(limit.rlim_cur, std::min(limit.rlim_max, kMostDescriptors));
-  setrlimit(RLIMIT_NOFILE, &limit);
-}
+constexpr rlim_t kDescriptorsACheck = 8;
+constexpr rlim_t kOwnDescriptors = 64;
 
 std::uint32_t EpollEvents(int16_t events) {
   return ((events & POLLIN) != 0 ? EPOLLIN : 0U) | ((events & POLLOUT) != 0 ? EPOLLOUT : 0U) |
@@ -64,13 +57,20 @@ StepLoop::StepLoop(HostChannel& channel) : channel_(channel), poll_(epoll_create
     throw std::system_error(errno, std::generic_category(), "epoll");
 }
 
+void StepLoop::MakeRoom(int checks) {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlim_t wanted = static_cast<rlim_t>(checks) * kDescriptorsACheck + kOwnDescriptors;
+  limit.rlim_cur = std::max(limit.rlim_cur, std::min(limit.rlim_max, wanted));
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
 void StepLoop::Begin(const HelperLibrary& helper, const void* steps, HostRequest request) {
   if (helper_ == nullptr) {
     step_ = helper.Find<decltype(&CheckStep)>("CheckStep");
     helper_ = &helper;
   }
   if (!watched_) {
-    AllowManyDescriptors();
     std::thread([this] { Watch(); }).detach();
     watched_ = true;
   }
@@ -231,6 +231,8 @@ void StepLoop::Watch() {
     HostReply stuck = Refusal(
         request_, "A step of this check did not come back within " + std::to_string(kStuckSeconds) + " seconds.");
     stuck.word = plugins::HostWord::Stuck;
+    // The other thread is inside the step, so the answers stay as they are.
+    if (!answers_.empty()) std::ignore = channel_.SendFrames(answers_);
     std::ignore = channel_.Send(stuck);
     _exit(kStuck);
   }

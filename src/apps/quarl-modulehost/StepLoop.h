@@ -14,11 +14,14 @@
 namespace quarl::host {
 
 /// Makes the checks of modules that make them in steps, all on the one thread that also reads the channel. Answers are
-/// gathered and sent together at the end of a turn. A step that does not come back is told of and ends the process.
+/// held for a moment and sent together. A step that does not come back is told of and ends the process.
 class StepLoop {
  public:
   /// Alive until the process ends, as the channel. Throws std::system_error.
   explicit StepLoop(HostChannel& channel);
+  /// So many checks will be on their way at once. What they start has this process's limit of descriptors, so it is
+  /// raised only where they need it.
+  static void MakeRoom(int checks);
   StepLoop(const StepLoop&) = delete;
   StepLoop& operator=(const StepLoop&) = delete;
 

@@ -130,6 +130,7 @@ class Server {
     const QuarlBuffer buffer{path.data(), static_cast<std::uint32_t>(path.size() + 1)};
     const int16_t atOnce = helpers_.Of(request.kind).Call<decltype(&FindSteps)>("FindSteps", buffer, &steps);
     if (atOnce > 0) {
+      StepLoop::MakeRoom(atOnce);
       HostReply stepped;
       stepped.word = plugins::HostWord::Stepped;
       stepped.result = atOnce;

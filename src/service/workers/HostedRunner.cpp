@@ -20,15 +20,13 @@ store::TestState StateOf(std::int16_t result) {
   }
 }
 
-CheckOutcome OutcomeOf(const WorkerAnswer& answer, qint64 elapsedMs) {
+CheckOutcome OutcomeOf(const WorkerAnswer& answer) {
   CheckOutcome outcome;
-  outcome.durationMs = elapsedMs;
   if (answer.end == WorkerAnswer::End::Answered) {
     const plugins::HostReply& reply = answer.reply;
     outcome.state = StateOf(reply.result);
     if (!reply.texts.empty()) outcome.text = ModuleLine(reply.texts[0]);
     if (reply.texts.size() > 1) outcome.performance = ModuleLine(reply.texts[1]);
-    if (!reply.numbers.empty() && reply.numbers[0] >= 0) outcome.durationMs = reply.numbers[0] / 1000;
     return outcome;
   }
   // A test that never comes back is what a server that hangs looks like; a broken module says nothing about a server.
@@ -74,11 +72,7 @@ HostedRunner::HostedRunner(WorkerPool& pool, InstallPaths paths, std::size_t mos
     : pool_(pool), paths_(std::move(paths), ModuleKind::Test), mostAtOnce_(mostAtOnce) {}
 
 void HostedRunner::Start(const CheckJob& job, Done done) {
-  QElapsedTimer elapsed;
-  elapsed.start();
-  WorkerPool::Done tell = [finished = std::move(done), elapsed](const WorkerAnswer& answer) {
-    finished(OutcomeOf(answer, elapsed.elapsed()));
-  };
+  WorkerPool::Done tell = [finished = std::move(done)](const WorkerAnswer& answer) { finished(OutcomeOf(answer)); };
   try {
     const ModulePaths::Path& path = paths_.Of(job.module);
     plugins::CheckFacts facts{job.serverName.toStdString(), job.serverAddress.toStdString(),

@@ -164,7 +164,7 @@ WorkerPool::Worker* WorkerPool::WorkerFor(Module& module, const Job& job) {
   std::size_t fitting = 0;
   Worker* best = nullptr;
   for (const auto& worker : module.workers) {
-    if (worker->retired || (worker->capacity == 1) != alone) continue;
+    if (worker->retired || worker->process->WasKilled() || (worker->capacity == 1) != alone) continue;
     ++fitting;
     if (worker->jobs.size() >= worker->capacity) continue;
     if (best == nullptr || worker->jobs.size() < best->jobs.size()) best = worker.get();
@@ -230,7 +230,10 @@ void WorkerPool::Replied(Module& module, Worker& worker, plugins::HostReply repl
   }
   // After an overrun the process ends by itself; its end tells.
   if (!reply.IsLast() || reply.word == plugins::HostWord::Overrun) return;
-  worker.retired = worker.retired || reply.word == plugins::HostWord::Stuck;  // its end blames nobody else
+  if (reply.word == plugins::HostWord::Stuck) {
+    worker.retired = true;  // its end blames nobody else
+    worker.process->Kill();
+  }
   const auto place = worker.jobs.find(reply.id);
   if (place == worker.jobs.end()) return;
   Job job = std::move(place->second);
@@ -287,8 +290,9 @@ void WorkerPool::RefuseAll(Module& module) {
 }
 
 void WorkerPool::Overdue(Module& module, Worker& worker) {
-  if (worker.killedAt >= 0) return;
   const qint64 now = clock_.elapsed();
+  if (worker.killedAt < 0 && worker.process->WasKilled()) worker.killedAt = now;
+  if (worker.killedAt >= 0) return;
   bool found = false;
   for (auto place = worker.jobs.begin(); place != worker.jobs.end();) {
     if (now < place->second.deadline) {
@@ -318,7 +322,7 @@ void WorkerPool::Tick() {
     std::erase_if(module.workers, [&](const auto& worker) {
       const bool spare = worker->retired || now - worker->idleSince > kIdleMs ||
                          (worker->capacity == 1 && now >= module.aloneUntil && now - worker->idleSince > kLookMs);
-      return worker->jobs.empty() && worker->killedAt < 0 && spare;
+      return worker->jobs.empty() && !worker->process->WasKilled() && spare;
     });
   }
 }

@@ -84,7 +84,7 @@ class WorkerPool {
     std::unordered_map<std::uint32_t, Job> jobs;
     std::size_t capacity = 1;
     bool retired = false;  ///< takes no more jobs
-    qint64 killedAt = -1;  ///< when it was killed; it is here until it has ended
+    qint64 killedAt = -1;  ///< when it was seen to be killed; it is here until it has ended
     qint64 idleSince = 0;
   };
   struct Module {

@@ -50,6 +50,8 @@ class WorkerProcess {
   void Send(const plugins::HostRequest& request);
   /// Kills it with everything it started; its end is told.
   void Kill();
+  /// Its end is told, or the kernel holds it.
+  bool WasKilled() const { return killed_; }
 
  private:
   void Spawn(const WorkerSetup& setup);
@@ -62,6 +64,7 @@ class WorkerProcess {
   Events events_;
   std::unique_ptr<WorkerCgroup> cgroup_;
   pid_t pid_ = 0;  ///< 0: gone
+  bool killed_ = false;
   int socket_ = -1;
   std::unique_ptr<QSocketNotifier> readable_;
   std::unique_ptr<QSocketNotifier> writable_;

@@ -128,27 +128,25 @@ TEST(ProcessRunnerTest, ManyThreadsRunProgramsAtOnce) {
   EXPECT_EQ(wrong, std::vector<int>(8, 0));
 }
 
-TEST(ProcessRunnerTest, StartsOfProgramsLieEvenlyInAStretch) {
-  using std::chrono::milliseconds;
-  for (const int programs : {1, 2, 3, 15, 64, 300}) {
-    Pace pace;
-    Pace::Clock::time_point now{std::chrono::hours(1)};
-    for (int burst = 0; burst < 3; ++burst, now += milliseconds(50)) {
-      SCOPED_TRACE(std::to_string(programs) + " programs, burst " + std::to_string(burst));
-      std::vector<int> eighths(8, 0);
-      for (int program = 0; program < programs; ++program) {
-        const Pace::Clock::duration wait = pace.Next(now);
-        ASSERT_GE(wait.count(), 0);
-        ASSERT_LT(wait, Pace::kStretch);
-        EXPECT_TRUE(program > 0 || wait.count() == 0);
-        ++eighths.at(static_cast<std::size_t>(wait * 8 / Pace::kStretch));
-      }
-      for (const int each : eighths) {
-        EXPECT_GE(each, programs / 8);
-        EXPECT_LE(each, programs / 8 + 1);
-      }
+TEST(ProcessRunnerTest, StartsOfABurstOfProgramsLieEvenlyInAStretch) {
+  Pace pace;
+  Pace::Clock::time_point now{std::chrono::hours(1)};
+  for (const int programs : {1, 4, 5, 15, 64, 64, 300, 1, 40}) {
+    SCOPED_TRACE(programs);
+    std::vector<int> quarters(4, 0);
+    for (int program = 0; program < programs; ++program, now += std::chrono::microseconds(1)) {
+      const Pace::Clock::duration wait = pace.Next(now);
+      ASSERT_GE(wait.count(), 0);
+      ASSERT_LT(wait, Pace::kStretch);
+      ++quarters.at(static_cast<std::size_t>(wait * 4 / Pace::kStretch));
     }
+    const int spread = std::max(0, programs - 4);
+    EXPECT_GE(quarters[0], std::min(programs, 4));
+    quarters[0] -= std::min(programs, 4);
+    for (const int each : quarters) EXPECT_NEAR(each, spread / 4, 1);
+    now += Pace::kGap;
   }
+  for (int program = 0; program < 100; ++program, now += Pace::kGap) EXPECT_EQ(pace.Next(now).count(), 0);
 }
 
 /// Drives tasks on this thread until all have ended.

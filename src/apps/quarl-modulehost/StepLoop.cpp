@@ -161,11 +161,12 @@ void StepLoop::Disarm(Check& check) const {
 void StepLoop::Say(const HostReply& reply) {
   if (answers_.empty()) answersSince_ = Clock::now();
   AppendFrameOrRefusal(answers_, reply);
+  ++answersHeld_;
   if (answers_.size() >= kMostAnswers) Flush();
 }
 
 bool StepLoop::FlushDue() {
-  const bool due = checks_.empty() || Clock::now() - answersSince_ >= kAnswersWait;
+  const bool due = answersHeld_ >= checks_.size() || Clock::now() - answersSince_ >= kAnswersWait;
   return !due || Flush();
 }
 
@@ -173,6 +174,7 @@ bool StepLoop::Flush() {
   if (answers_.empty()) return true;
   const bool sent = channel_.SendFrames(answers_);
   answers_.clear();
+  answersHeld_ = 0;
   return sent;
 }
 

@@ -30,7 +30,8 @@ class StepLoop {
   void Begin(const HelperLibrary& helper, const void* steps, plugins::HostRequest request);
   /// Waits until there is something to do and makes the steps that are due. True: the channel has something to read.
   bool Turn();
-  /// Sends what was answered when that has waited long enough for company. False when the other end has gone.
+  /// Sends what was answered when that has waited long enough for company, or less company is to come than is there.
+  /// False when the other end has gone.
   bool FlushDue();
 
  private:
@@ -70,6 +71,7 @@ class StepLoop {
   std::set<std::pair<Clock::time_point, std::uint64_t>> due_;
   CheckRooms rooms_;
   std::string answers_;
+  std::size_t answersHeld_ = 0;
   Clock::time_point answersSince_;           ///< when the first of them was made
   std::atomic<std::uint64_t> stepping_ = 0;  ///< counts beginnings and ends: odd during a step
   std::atomic<std::uint32_t> request_ = 0;   ///< of the step

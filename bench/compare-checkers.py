@@ -3,6 +3,7 @@ import json
 import os
 import signal
 import socket
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -11,6 +12,7 @@ import time
 
 RATE = 100  # checks a second, of each program
 BUSY = {"nagios4": 300, "icinga2": 200, "quarld": 2000, "plug-in": 300}  # and of each about as many as it keeps up with on one processor
+TURNS = 5
 PLUGIN = "/usr/lib/nagios/plugins/check_tcp"
 
 
@@ -150,20 +152,23 @@ def main():
     programs, seconds = sys.argv[1], int(sys.argv[2])
     server = Server()
     makers = {"nagios4": nagios, "icinga2": icinga,
-              "quarld": quarl(programs, "tcpport", lambda port: {"port": port}),
-              "plug-in": quarl(programs, "monitoringplugin",  # this service with the plug-in that the others run
-                               lambda port: {"program": "check_tcp", "arguments": ["-H", "{address}", "-p", str(port)]})}
+              "quarld": quarl(programs, "tcpport", lambda port: {"port": port})}
     found = {name: [measure(name, make, rate, seconds, server) for rate in (RATE, BUSY[name])]
              for name, make in makers.items()}
-    if any(None in rates for rates in found.values()):
+    # This service with the plug-in that the others run, in turn with one of them: a machine is not as fast all the time.
+    plugin = quarl(programs, "monitoringplugin",
+                   lambda port: {"program": "check_tcp", "arguments": ["-H", "{address}", "-p", str(port)]})
+    turns = [[measure(name, make, BUSY[name], seconds, server) for name, make in (("nagios4", nagios),
+                                                                               ("plug-in", plugin))]
+             for _ in range(TURNS)]
+    if any(None in rates for rates in (*found.values(), *turns)):
         sys.exit(2)
-    best = {name: max(rates) for name, rates in found.items()}
-    others = max(best["nagios4"], best["icinga2"])
+    others = max(*found["nagios4"], *found["icinga2"])
     low, busy = (rate / others for rate in found["quarld"])
-    plugin = best["plug-in"] / best["nagios4"]
+    same = statistics.median(ours / theirs for theirs, ours in turns)
     print(f"own check against the better one at its best: {low:.0f} times the checks at {RATE}/s, {busy:.0f} times when"
-          f" busy (goal 40)\nthe same plug-in against nagios4: {plugin:.2f} times the checks (goal 1.2)")
-    sys.exit(0 if busy >= 40 and plugin >= 1.2 else 1)
+          f" busy (goal 40)\nthe same plug-in against nagios4: {same:.2f} times the checks (goal 1.2)")
+    sys.exit(0 if busy >= 40 and same >= 1.2 else 1)
 
 
 main()
